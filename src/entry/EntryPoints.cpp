@@ -1,0 +1,1 @@
+// The plug-in's C entry points. Replaced by the real ones with the plug-in class.
