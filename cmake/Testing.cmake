@@ -12,10 +12,12 @@ function(kelo_add_test target)
   if(NOT T_TIMEOUT)
     set(T_TIMEOUT 300)
   endif()
-  set(labels unit)
+  # One label only: gtest_discover_tests flattens its PROPERTIES, so a list of two labels would
+  # come out as "LABELS unit" followed by a stray property, and -L concurrency would find none.
+  set(label unit)
   if(T_CONCURRENCY)
-    list(APPEND labels concurrency)
+    set(label concurrency)
   endif()
   gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-    PROPERTIES LABELS "${labels}" TIMEOUT ${T_TIMEOUT})
+    PROPERTIES LABELS ${label} TIMEOUT ${T_TIMEOUT})
 endfunction()
