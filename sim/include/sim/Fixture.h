@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tavelabi/Resource.h"
+
+namespace halvor::sim {
+
+struct FixtureUser {
+  std::string name;
+  std::string password;
+  std::string role;
+  std::vector<std::string> autoLoginHosts;
+};
+
+struct AutoLoginRule {
+  std::string host;
+  std::string username;
+};
+
+// What one fixture file seeds: users, resources, auto-login rules and the session timeout.
+struct Fixture {
+  std::string source;  // the file it came from
+  std::vector<FixtureUser> users;
+  std::vector<std::pair<std::string, tavelabi::Resource>> resources;
+  std::vector<AutoLoginRule> autoLogin;
+  std::optional<int> sessionTimeoutSeconds;
+};
+
+}  // namespace halvor::sim

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <shared_mutex>
+#include <string>
+#include <vector>
+
+#include "tavelabi/Resource.h"
+
+namespace halvor::sim {
+
+// The host's resources: an ordered map from path to Resource. Readers run in parallel; a
+// writer holds the tree alone. A writer's observer is called while the write lock is still
+// held, so that observers see the changes in exactly the order in which they were applied.
+class ResourceTree {
+ public:
+  using Observer = std::function<void(const tavelabi::Resource& stored)>;
+
+  // The stored resource; NonExistentResourcePathException when there is none.
+  tavelabi::Resource read(const std::string& path) const;
+  std::optional<tavelabi::Resource> find(const std::string& path) const;
+  // Stores the resource at the path, replacing an earlier one; returns what is stored.
+  tavelabi::Resource create(const std::string& path, const tavelabi::Resource& resource,
+                            const Observer& observer = {});
+  // Merges the given keys into the resource at the path; returns the result.
+  // NonExistentResourcePathException when there is none.
+  tavelabi::Resource update(const std::string& path, const tavelabi::Resource& resource,
+                            const Observer& observer = {});
+  // Removes the resource and returns it; NonExistentResourcePathException when there is none.
+  tavelabi::Resource remove(const std::string& path);
+  // The paths that match the glob, in path order.
+  std::vector<std::string> list(const std::string& glob) const;
+  std::size_t size() const;
+
+  static std::string missingText(const std::string& path);
+
+ private:
+  mutable std::shared_mutex mutex_;
+  std::map<std::string, tavelabi::Resource> resources_;
+};
+
+}  // namespace halvor::sim

@@ -1,0 +1,119 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "sim/AccessRights.h"
+#include "sim/Fixture.h"
+#include "sim/ListenerDispatcher.h"
+#include "sim/ResourceTree.h"
+#include "sim/SessionTable.h"
+#include "tavelabi/ITavel.h"
+#include "tavelabi/PluginStatus.h"
+
+namespace halvor::sim {
+
+struct SimTavelOptions {
+  std::chrono::milliseconds sessionTimeout = std::chrono::seconds(900);
+  // Time source of the session timer; the steady clock when empty. Tests inject their own.
+  SessionTable::Clock clock;
+  // Whether status reports and notices are printed on the console.
+  bool echoToConsole = true;
+};
+
+struct StatusRecord {
+  std::string pluginName;
+  tavelabi::PluginStatus::Code code;
+  std::string text;
+};
+
+// The simulated host: a resource tree, users with roles, sessions with inactivity expiry,
+// listeners. Every ITavel operation is safe from any number of threads.
+class SimTavel : public tavelabi::ITavel {
+ public:
+  static constexpr const char* kUsersPrefix = "/user/users/";
+  static constexpr const char* kSessionsPrefix = "/session/sessions/";
+  static constexpr const char* kBypassKey = "byPassSessionActivityTimerUpdate";
+
+  explicit SimTavel(SimTavelOptions options = {});
+  ~SimTavel() override;
+
+  SimTavel(const SimTavel&) = delete;
+  SimTavel& operator=(const SimTavel&) = delete;
+
+  // ITavel
+  void setPluginStatus(tavelabi::IPluginInfo* plugin, const tavelabi::PluginStatus& status) override;
+  tavelabi::Resource processResourceAction(tavelabi::ResourceAction& action) override;
+  void addResourceListener(tavelabi::IPluginInfo* plugin,
+                           tavelabi::IResourceListener* listener) override;
+  void removeResourceListener(tavelabi::IPluginInfo* plugin,
+                              tavelabi::IResourceListener* listener) override;
+  tavelabi::Resource createPluginSession(tavelabi::IPluginInfo* plugin) override;
+  tavelabi::Resource loginPlugin(tavelabi::IPluginInfo* plugin, const std::string& username,
+                                 const std::string& password, tavelabi::Session session) override;
+
+  // The host's own actions (models, seeding): no session, no rights, listeners as usual.
+  tavelabi::Resource processInternalAction(tavelabi::ResourceAction& action);
+
+  // Seeding. A user becomes the resource "/user/users/<name>".
+  void addUser(const FixtureUser& user);
+  void addAutoLoginRule(const AutoLoginRule& rule);
+  // Users, resources, rules and timeout of a fixture, in that order; resources replace
+  // earlier ones at the same path and are not dispatched to listeners.
+  void applyFixture(const Fixture& fixture);
+  // A logged-in session for the user, with the given identifier or a fresh one. Throws
+  // std::invalid_argument for an unknown user or an identifier in use.
+  std::string openSession(const std::string& username, const std::string& sessionId = {});
+  void setSessionTimeout(std::chrono::milliseconds timeout);
+  // Removes idle sessions now; the host's loop calls it.
+  std::size_t expireIdleSessions();
+
+  // Observation, for tests and the console.
+  std::vector<StatusRecord> statusHistory() const;
+  unsigned restartRequests() const;
+  std::optional<tavelabi::Resource> peek(const std::string& path) const;
+  std::vector<std::string> listPaths(const std::string& glob) const;
+  // Blocks until every Create and Update so far has been handed to the listeners.
+  void waitForListeners();
+  std::size_t sessionCount() const;
+
+ private:
+  static bool countsAsActivity(const tavelabi::ResourceAction& action);
+  void authorize(const SessionRecord& session, const tavelabi::ResourceAction& action) const;
+  std::optional<Role> roleOf(const std::string& username) const;
+  tavelabi::Resource execute(tavelabi::ResourceAction& action);
+  // Queues a Create or Update for the listeners with the resource now stored at its path.
+  void enqueueStored(const tavelabi::ResourceAction& action, const tavelabi::Resource& stored);
+  tavelabi::Resource read(const tavelabi::ResourceAction& action);
+  tavelabi::Resource readSession(const std::string& path);
+  tavelabi::Resource runCommand(tavelabi::ResourceAction& action);
+  tavelabi::Resource listResources(const tavelabi::ResourceAction& action) const;
+  tavelabi::Resource newSession();
+  tavelabi::Resource login(const tavelabi::ResourceAction& action);
+  tavelabi::Resource autoLogin(const tavelabi::ResourceAction& action);
+  tavelabi::Resource logout(const tavelabi::ResourceAction& action);
+  tavelabi::Resource changePassword(const tavelabi::ResourceAction& action);
+  tavelabi::Resource restartTavel(const tavelabi::ResourceAction& action);
+  // Throws AuthorizationFailure("Invalid username or password") when they do not match.
+  void checkPassword(const std::string& username, const std::string& password) const;
+  std::optional<std::string> autoLoginUser(const std::string& host) const;
+  void notice(const std::string& text) const;
+
+  SimTavelOptions options_;
+  ResourceTree tree_;
+  SessionTable sessions_;
+  ListenerDispatcher listeners_;
+
+  mutable std::mutex rulesMutex_;
+  std::vector<AutoLoginRule> autoLoginRules_;
+
+  mutable std::mutex statusMutex_;
+  std::vector<StatusRecord> statusHistory_;
+  std::atomic<unsigned> restartRequests_{0};
+};
+
+}  // namespace halvor::sim

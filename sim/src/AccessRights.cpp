@@ -1,0 +1,121 @@
+#include "sim/AccessRights.h"
+
+#include <array>
+
+#include "tavelabi/GlobMatcher.h"
+
+namespace halvor::sim {
+
+using tavelabi::CCRUD;
+
+namespace {
+
+enum class Verbs { Read, Write, Command };  // Write: Create, Update, Delete
+enum class Grant { No, Yes, OwnUserOnly };
+
+struct Rule {
+  Verbs verbs;
+  const char* glob;
+  Grant administrator;
+  Grant operatorRole;
+  Grant readOnly;
+};
+
+// The rights table. The first rule whose verbs and glob fit the action decides; an action that
+// no rule fits is refused. Commands count as writes unless a rule above says otherwise.
+constexpr std::array<Rule, 11> kRules{{
+    {Verbs::Read, "**", Grant::Yes, Grant::Yes, Grant::Yes},
+    {Verbs::Command, "/user/command/login", Grant::Yes, Grant::Yes, Grant::Yes},
+    {Verbs::Command, "/user/command/logout", Grant::Yes, Grant::Yes, Grant::Yes},
+    {Verbs::Command, "/user/command/autoLogin", Grant::Yes, Grant::Yes, Grant::Yes},
+    {Verbs::Command, "/session/command/newSession", Grant::Yes, Grant::Yes, Grant::Yes},
+    {Verbs::Command, "/resource/list", Grant::Yes, Grant::Yes, Grant::Yes},
+    {Verbs::Command, "/user/command/changePassword", Grant::Yes, Grant::OwnUserOnly, Grant::No},
+    {Verbs::Command, "/user/**", Grant::Yes, Grant::No, Grant::No},
+    {Verbs::Write, "/user/**", Grant::Yes, Grant::No, Grant::No},
+    {Verbs::Command, "**", Grant::Yes, Grant::Yes, Grant::No},
+    {Verbs::Write, "**", Grant::Yes, Grant::Yes, Grant::No},
+}};
+
+bool verbsFit(Verbs verbs, CCRUD verb) {
+  switch (verbs) {
+    case Verbs::Read:
+      return verb == CCRUD::Read;
+    case Verbs::Write:
+      return verb == CCRUD::Create || verb == CCRUD::Update || verb == CCRUD::Delete;
+    case Verbs::Command:
+      return verb == CCRUD::Command;
+  }
+  return false;
+}
+
+Grant grantOf(const Rule& rule, Role role) {
+  switch (role) {
+    case Role::Administrator:
+      return rule.administrator;
+    case Role::Operator:
+      return rule.operatorRole;
+    case Role::ReadOnly:
+      return rule.readOnly;
+  }
+  return Grant::No;
+}
+
+// A password change names its user under "username"; without the key it is the caller's own.
+bool namesOwnUser(const std::string& username, const tavelabi::Resource& payload) {
+  auto found = payload.values.find("username");
+  if (found == payload.values.end()) return true;
+  return found->second.getType() == tavelabi::ResourceValueType::STRING &&
+         found->second.getStringValue() == username;
+}
+
+}  // namespace
+
+std::optional<Role> AccessRights::parseRole(const std::string& name) {
+  if (name == "administrator") return Role::Administrator;
+  if (name == "operator") return Role::Operator;
+  if (name == "read-only") return Role::ReadOnly;
+  return std::nullopt;
+}
+
+const char* AccessRights::roleName(Role role) {
+  switch (role) {
+    case Role::Administrator:
+      return "administrator";
+    case Role::Operator:
+      return "operator";
+    case Role::ReadOnly:
+      return "read-only";
+  }
+  return "?";
+}
+
+bool AccessRights::isAllowed(Role role, CCRUD verb, const std::string& path,
+                             const std::string& username, const tavelabi::Resource& payload) {
+  for (const Rule& rule : kRules) {
+    if (!verbsFit(rule.verbs, verb)) continue;
+    if (!tavelabi::GlobMatcher::globMatch(rule.glob, path.c_str())) continue;
+    switch (grantOf(rule, role)) {
+      case Grant::Yes:
+        return true;
+      case Grant::No:
+        return false;
+      case Grant::OwnUserOnly:
+        return namesOwnUser(username, payload);
+    }
+  }
+  return false;
+}
+
+bool AccessRights::isSessionCommand(CCRUD verb, const std::string& path) {
+  return verb == CCRUD::Command &&
+         (path == "/user/command/login" || path == "/user/command/logout" ||
+          path == "/user/command/autoLogin");
+}
+
+std::string AccessRights::refusalText(const std::string& username, CCRUD verb,
+                                      const std::string& path) {
+  return "User " + username + " may not " + tavelabi::toString(verb) + " " + path;
+}
+
+}  // namespace halvor::sim

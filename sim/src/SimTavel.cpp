@@ -1,0 +1,337 @@
+#include "sim/SimTavel.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "sim/Console.h"
+#include "sim/RandomText.h"
+#include "tavelabi/Exceptions.h"
+#include "tavelabi/IPluginInfo.h"
+
+namespace halvor::sim {
+
+using tavelabi::AuthorizationFailure;
+using tavelabi::CCRUD;
+using tavelabi::IPluginInfo;
+using tavelabi::Resource;
+using tavelabi::ResourceAction;
+using tavelabi::ResourceValue;
+using tavelabi::ResourceValueType;
+
+namespace {
+
+constexpr const char* kInvalidCredentials = "Invalid username or password";
+
+bool startsWith(const std::string& text, const std::string& prefix) {
+  return text.compare(0, prefix.size(), prefix) == 0;
+}
+
+// A text value of the payload, or nothing when the key is absent or holds no text.
+std::optional<std::string> payloadText(const Resource& payload, const std::string& key) {
+  auto found = payload.values.find(key);
+  if (found == payload.values.end() || found->second.getType() != ResourceValueType::STRING) {
+    return std::nullopt;
+  }
+  return found->second.getStringValue();
+}
+
+std::string pluginName(IPluginInfo* plugin) {
+  return plugin == nullptr ? std::string("unknown plug-in") : plugin->getName();
+}
+
+// "localhost:7000" and "[::1]:7000" without their port.
+std::string withoutPort(const std::string& host) {
+  std::size_t colon = host.rfind(':');
+  if (colon == std::string::npos) return host;
+  std::size_t bracket = host.rfind(']');
+  if (bracket != std::string::npos && bracket > colon) return host;
+  if (host.find(':') != colon && host.front() != '[') return host;  // a bare IPv6 address
+  return host.substr(0, colon);
+}
+
+Resource sessionResource(const SessionRecord& record) {
+  Resource resource;
+  resource.values["sessionId"] = ResourceValue(record.sessionId);
+  resource.values["username"] = ResourceValue(record.username);
+  resource.values["host"] = ResourceValue(record.host);
+  resource.values["created"] = ResourceValue(record.created);
+  return resource;
+}
+
+}  // namespace
+
+SimTavel::SimTavel(SimTavelOptions options)
+    : options_(std::move(options)), sessions_(options_.clock, options_.sessionTimeout) {}
+
+SimTavel::~SimTavel() { listeners_.stop(); }
+
+void SimTavel::notice(const std::string& text) const {
+  if (options_.echoToConsole) Console::line(text);
+}
+
+// ---- ITavel ---------------------------------------------------------------------------------
+
+void SimTavel::setPluginStatus(IPluginInfo* plugin, const tavelabi::PluginStatus& status) {
+  StatusRecord record{pluginName(plugin), status.getCode(), status.getText()};
+  {
+    std::lock_guard lock(statusMutex_);
+    statusHistory_.push_back(record);
+  }
+  notice("[status] " + record.pluginName + ": " + tavelabi::PluginStatus::codeName(record.code) +
+         " " + record.text);
+}
+
+Resource SimTavel::processResourceAction(ResourceAction& action) {
+  SessionRecord session = sessions_.check(action.sessionId, countsAsActivity(action));
+  authorize(session, action);
+  Resource answer = execute(action);
+  action.resource = answer;
+  return answer;
+}
+
+void SimTavel::addResourceListener(IPluginInfo* plugin, tavelabi::IResourceListener* listener) {
+  listeners_.add(plugin, listener);
+}
+
+void SimTavel::removeResourceListener(IPluginInfo* plugin,
+                                      tavelabi::IResourceListener* listener) {
+  listeners_.remove(plugin, listener);
+}
+
+Resource SimTavel::createPluginSession(IPluginInfo* /*plugin*/) {
+  return sessionResource(sessions_.create(true));
+}
+
+Resource SimTavel::loginPlugin(IPluginInfo* /*plugin*/, const std::string& username,
+                               const std::string& password, tavelabi::Session session) {
+  checkPassword(username, password);
+  return sessionResource(sessions_.login(session.sessionId, username));
+}
+
+// ---- The host's own actions and seeding ------------------------------------------------------
+
+Resource SimTavel::processInternalAction(ResourceAction& action) {
+  Resource answer = execute(action);
+  action.resource = answer;
+  return answer;
+}
+
+void SimTavel::addUser(const FixtureUser& user) {
+  std::optional<Role> role = AccessRights::parseRole(user.role);
+  if (!role) throw std::invalid_argument("user " + user.name + " has unknown role " + user.role);
+  std::string guid = RandomText::guid();
+  ResourceValue::Map roleEntry{{"guid", ResourceValue(std::string(AccessRights::roleName(*role)))},
+                               {"roleName", ResourceValue(std::string(AccessRights::roleName(*role)))},
+                               {"visible", ResourceValue(true)}};
+  Resource resource;
+  resource.values["username"] = ResourceValue(user.name);
+  resource.values["password"] = ResourceValue(user.password);
+  resource.values["guid"] = ResourceValue(guid);
+  resource.values["role"] = ResourceValue(user.role);
+  resource.values["roles"] =
+      ResourceValue(ResourceValue::Map{{AccessRights::roleName(*role), ResourceValue(roleEntry)}});
+  resource.values["autoLogin"] = ResourceValue(!user.autoLoginHosts.empty());
+  tree_.create(kUsersPrefix + user.name, resource);
+  for (const std::string& host : user.autoLoginHosts) addAutoLoginRule({host, user.name});
+}
+
+void SimTavel::addAutoLoginRule(const AutoLoginRule& rule) {
+  std::lock_guard lock(rulesMutex_);
+  autoLoginRules_.push_back(rule);
+}
+
+void SimTavel::applyFixture(const Fixture& fixture) {
+  for (const FixtureUser& user : fixture.users) addUser(user);
+  for (const auto& [path, resource] : fixture.resources) tree_.create(path, resource);
+  for (const AutoLoginRule& rule : fixture.autoLogin) addAutoLoginRule(rule);
+  if (fixture.sessionTimeoutSeconds) {
+    setSessionTimeout(std::chrono::seconds(*fixture.sessionTimeoutSeconds));
+  }
+}
+
+std::string SimTavel::openSession(const std::string& username, const std::string& sessionId) {
+  if (!tree_.find(kUsersPrefix + username)) {
+    throw std::invalid_argument("no user " + username + " for session " + sessionId);
+  }
+  SessionRecord record = sessions_.create(false, sessionId);
+  sessions_.login(record.sessionId, username);
+  return record.sessionId;
+}
+
+void SimTavel::setSessionTimeout(std::chrono::milliseconds timeout) {
+  sessions_.setTimeout(timeout);
+}
+
+std::size_t SimTavel::expireIdleSessions() { return sessions_.expireIdle(); }
+
+// ---- Observation ----------------------------------------------------------------------------
+
+std::vector<StatusRecord> SimTavel::statusHistory() const {
+  std::lock_guard lock(statusMutex_);
+  return statusHistory_;
+}
+
+unsigned SimTavel::restartRequests() const { return restartRequests_.load(); }
+
+std::optional<Resource> SimTavel::peek(const std::string& path) const { return tree_.find(path); }
+
+std::vector<std::string> SimTavel::listPaths(const std::string& glob) const {
+  return tree_.list(glob);
+}
+
+void SimTavel::waitForListeners() { listeners_.waitIdle(); }
+
+std::size_t SimTavel::sessionCount() const { return sessions_.size(); }
+
+// ---- Sessions and rights ----------------------------------------------------------------------
+
+bool SimTavel::countsAsActivity(const ResourceAction& action) {
+  if (action.action != CCRUD::Read) return true;
+  auto found = action.resource.values.find(kBypassKey);
+  if (found == action.resource.values.end()) return true;
+  return !(found->second.getType() == ResourceValueType::BOOL && found->second.getBoolValue());
+}
+
+std::optional<Role> SimTavel::roleOf(const std::string& username) const {
+  std::optional<Resource> user = tree_.find(kUsersPrefix + username);
+  if (!user) return std::nullopt;
+  std::optional<std::string> role = payloadText(*user, "role");
+  if (!role) return std::nullopt;
+  return AccessRights::parseRole(*role);
+}
+
+void SimTavel::authorize(const SessionRecord& session, const ResourceAction& action) const {
+  if (AccessRights::isSessionCommand(action.action, action.path)) return;
+  if (!session.loggedIn) {
+    throw AuthorizationFailure("Session " + session.sessionId + " is not logged in and may not " +
+                               tavelabi::toString(action.action) + " " + action.path);
+  }
+  std::optional<Role> role = roleOf(session.username);
+  if (!role || !AccessRights::isAllowed(*role, action.action, action.path, session.username,
+                                        action.resource)) {
+    throw AuthorizationFailure(
+        AccessRights::refusalText(session.username, action.action, action.path));
+  }
+}
+
+void SimTavel::checkPassword(const std::string& username, const std::string& password) const {
+  std::optional<Resource> user = tree_.find(kUsersPrefix + username);
+  if (!user || payloadText(*user, "password") != password) {
+    throw AuthorizationFailure(kInvalidCredentials);
+  }
+}
+
+// ---- Execution ----------------------------------------------------------------------------------
+
+Resource SimTavel::execute(ResourceAction& action) {
+  switch (action.action) {
+    case CCRUD::Read:
+      return read(action);
+    case CCRUD::Create:
+      return tree_.create(action.path, action.resource,
+                          [&](const Resource& stored) { enqueueStored(action, stored); });
+    case CCRUD::Update:
+      return tree_.update(action.path, action.resource,
+                          [&](const Resource& stored) { enqueueStored(action, stored); });
+    case CCRUD::Delete:
+      return tree_.remove(action.path);
+    case CCRUD::Command:
+      return runCommand(action);
+    case CCRUD::None:
+      break;
+  }
+  throw tavelabi::NonExistentResourcePathException(ResourceTree::missingText(action.path));
+}
+
+void SimTavel::enqueueStored(const ResourceAction& action, const Resource& stored) {
+  ResourceAction copy(action.action, action.path, stored, action.pluginInfo, action.sessionId);
+  copy.isLocalHost = action.isLocalHost;
+  copy.hopCount = action.hopCount;
+  listeners_.enqueue(copy);
+}
+
+Resource SimTavel::read(const ResourceAction& action) {
+  if (startsWith(action.path, kSessionsPrefix)) return readSession(action.path);
+  return tree_.read(action.path);
+}
+
+Resource SimTavel::readSession(const std::string& path) {
+  std::string sessionId = path.substr(std::string(kSessionsPrefix).size());
+  std::optional<SessionRecord> record = sessions_.find(sessionId);
+  if (!record) throw tavelabi::NonExistentSessionException(SessionTable::missingText(sessionId));
+  return sessionResource(*record);
+}
+
+Resource SimTavel::runCommand(ResourceAction& action) {
+  const std::string& path = action.path;
+  if (path == "/resource/list") return listResources(action);
+  if (path == "/session/command/newSession") return newSession();
+  if (path == "/user/command/login") return login(action);
+  if (path == "/user/command/autoLogin") return autoLogin(action);
+  if (path == "/user/command/logout") return logout(action);
+  if (path == "/user/command/changePassword") return changePassword(action);
+  if (path == "/command/restartTavel") return restartTavel(action);
+  if (listeners_.callCommandListeners(action) > 0) return action.resource;
+  throw tavelabi::NonExistentResourcePathException(ResourceTree::missingText(path));
+}
+
+Resource SimTavel::listResources(const ResourceAction& action) const {
+  std::string glob = payloadText(action.resource, "value").value_or("**");
+  return Resource(ResourceValue(tree_.list(glob)));
+}
+
+Resource SimTavel::newSession() {
+  return Resource("sessionId", ResourceValue(sessions_.create(false).sessionId));
+}
+
+Resource SimTavel::login(const ResourceAction& action) {
+  std::optional<std::string> username = payloadText(action.resource, "username");
+  std::optional<std::string> password = payloadText(action.resource, "password");
+  if (!username || !password) throw AuthorizationFailure(kInvalidCredentials);
+  checkPassword(*username, *password);
+  return sessionResource(sessions_.login(action.sessionId, *username));
+}
+
+std::optional<std::string> SimTavel::autoLoginUser(const std::string& host) const {
+  std::lock_guard lock(rulesMutex_);
+  for (const AutoLoginRule& rule : autoLoginRules_) {
+    if (rule.host == host || rule.host == withoutPort(host)) return rule.username;
+  }
+  return std::nullopt;
+}
+
+Resource SimTavel::autoLogin(const ResourceAction& action) {
+  std::string host = payloadText(action.resource, "host").value_or("");
+  std::optional<std::string> username = autoLoginUser(host);
+  if (!username || !tree_.find(kUsersPrefix + *username)) {
+    throw AuthorizationFailure("No auto login for host " + host);
+  }
+  return sessionResource(sessions_.login(action.sessionId, *username));
+}
+
+Resource SimTavel::logout(const ResourceAction& action) {
+  sessions_.end(action.sessionId);
+  return Resource();
+}
+
+Resource SimTavel::changePassword(const ResourceAction& action) {
+  std::optional<SessionRecord> session = sessions_.find(action.sessionId);
+  std::string username =
+      payloadText(action.resource, "username").value_or(session ? session->username : "");
+  std::optional<std::string> newPassword = payloadText(action.resource, "newPassword");
+  if (!newPassword) throw std::invalid_argument("changePassword needs newPassword");
+  bool ownPassword = session && session->username == username;
+  if (ownPassword) {
+    checkPassword(username, payloadText(action.resource, "oldPassword").value_or(""));
+  }
+  tree_.update(kUsersPrefix + username, Resource("password", ResourceValue(*newPassword)));
+  return Resource("username", ResourceValue(username));
+}
+
+Resource SimTavel::restartTavel(const ResourceAction& action) {
+  restartRequests_.fetch_add(1);
+  notice("restart requested by " + pluginName(action.pluginInfo));
+  return Resource();
+}
+
+}  // namespace halvor::sim
