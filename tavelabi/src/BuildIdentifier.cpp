@@ -8,8 +8,8 @@ BuildIdentifier::BuildIdentifier(int major, int minor, int patch, const std::str
 BuildIdentifier::~BuildIdentifier() = default;
 
 BuildIdentifier::operator std::string() const {
-  std::string text = std::to_string(major_) + "." + std::to_string(minor_) + "." +
-                     std::to_string(patch_);
+  std::string text =
+      std::to_string(major_) + "." + std::to_string(minor_) + "." + std::to_string(patch_);
   if (!revision_.empty()) text += "-" + revision_;
   return text;
 }

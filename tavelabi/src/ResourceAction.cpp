@@ -5,7 +5,10 @@ namespace halvor::tavelabi {
 ResourceAction::ResourceAction(const CCRUD& action, const std::string& path,
                                const Resource& resource, IPluginInfo* pluginInfo,
                                const std::string& sessionId)
-    : action(action), resource(resource), pluginInfo(pluginInfo), path(path),
+    : action(action),
+      resource(resource),
+      pluginInfo(pluginInfo),
+      path(path),
       sessionId(sessionId) {}
 
 ResourceAction::ResourceAction(const CCRUD& action, const std::string& path,

@@ -97,7 +97,9 @@ void ResourceValue::setType(const ResourceValueType& type) {
 
 // Each setter builds the new content before it replaces the old, so that a value may be set
 // from a part of itself.
-void ResourceValue::setBoolValue(const bool& value) { value_ = Held(std::in_place_type<bool>, value); }
+void ResourceValue::setBoolValue(const bool& value) {
+  value_ = Held(std::in_place_type<bool>, value);
+}
 
 void ResourceValue::setFloatValue(const float& value) {
   value_ = Held(std::in_place_type<float>, value);

@@ -7,8 +7,7 @@ namespace {
 // An optional text field: taken when the key is there and holds text.
 std::string optionalText(const Resource& resource, const std::string& key) {
   auto found = resource.values.find(key);
-  if (found == resource.values.end() ||
-      found->second.getType() != ResourceValueType::STRING) {
+  if (found == resource.values.end() || found->second.getType() != ResourceValueType::STRING) {
     return {};
   }
   return found->second.getStringValue();

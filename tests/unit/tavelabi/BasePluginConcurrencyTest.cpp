@@ -39,8 +39,8 @@ TEST(BasePluginConcurrencyTest, GettersAndSettersFromEightThreads) {
         plugin.setLoggerId(textOf("logger", t));
         plugin.setSessionId(textOf("session", t));
         plugin.setId(static_cast<uint32_t>(t * kRounds + round));
-        for (const std::string& read : {plugin.getName(), plugin.getVersion(),
-                                        plugin.getLoggerId(), plugin.getSessionId()}) {
+        for (const std::string& read :
+             {plugin.getName(), plugin.getVersion(), plugin.getLoggerId(), plugin.getSessionId()}) {
           if (valid.count(read) == 0) ++torn;
         }
         if (plugin.getId() >= static_cast<uint32_t>(kThreads * kRounds)) ++torn;

@@ -1,8 +1,7 @@
-#include "tavelabi/BasePlugin.h"
-
 #include <gtest/gtest.h>
 
 #include "TestPlugin.h"
+#include "tavelabi/BasePlugin.h"
 #include "tavelabi/ITavel.h"
 
 namespace halvor::tavelabi {

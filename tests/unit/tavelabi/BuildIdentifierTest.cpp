@@ -1,8 +1,8 @@
-#include "tavelabi/BuildIdentifier.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "tavelabi/BuildIdentifier.h"
 
 namespace halvor::tavelabi {
 namespace {

@@ -1,11 +1,11 @@
-#include "tavelabi/ByteVectorReader.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <functional>
 #include <stdexcept>
 #include <vector>
+
+#include "tavelabi/ByteVectorReader.h"
 
 namespace halvor::qvector {
 namespace {
@@ -21,8 +21,8 @@ TEST(ByteVectorReaderTest, ReadsLittleEndian) {
 }
 
 TEST(ByteVectorReaderTest, SignedValues) {
-  const std::vector<uint8_t> bytes = {0xFE, 0xFF, 0x00, 0x80, 0xFF, 0xFF, 0xFF, 0xFF,
-                                      0x00, 0x00, 0x00, 0x80, 0xFF, 0x7F};
+  const std::vector<uint8_t> bytes = {0xFE, 0xFF, 0x00, 0x80, 0xFF, 0xFF, 0xFF,
+                                      0xFF, 0x00, 0x00, 0x00, 0x80, 0xFF, 0x7F};
   ByteVectorReader reader(bytes);
   EXPECT_EQ(reader.readSint16(), -2);
   EXPECT_EQ(reader.readSint16(), INT16_MIN);

@@ -1,10 +1,10 @@
-#include "tavelabi/GlobMatcher.h"
-
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <string>
 #include <vector>
+
+#include "tavelabi/GlobMatcher.h"
 
 namespace halvor::tavelabi {
 namespace {

@@ -1,8 +1,8 @@
-#include "tavelabi/HardwareInterfaceError.h"
-
 #include <gtest/gtest.h>
 
 #include <climits>
+
+#include "tavelabi/HardwareInterfaceError.h"
 
 namespace halvor::tavelabi {
 namespace {

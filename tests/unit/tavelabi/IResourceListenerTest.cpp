@@ -1,10 +1,10 @@
-#include "tavelabi/IResourceListener.h"
-
 #include <gtest/gtest.h>
 
 #include <set>
 #include <string>
 #include <vector>
+
+#include "tavelabi/IResourceListener.h"
 
 namespace halvor::tavelabi {
 namespace {

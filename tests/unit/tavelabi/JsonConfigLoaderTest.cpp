@@ -1,5 +1,3 @@
-#include "tavelabi/JsonConfigLoader.h"
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -9,6 +7,7 @@
 #include <string>
 
 #include "tavelabi/Exceptions.h"
+#include "tavelabi/JsonConfigLoader.h"
 
 namespace halvor::tavelabi {
 namespace {

@@ -1,8 +1,8 @@
-#include "tavelabi/PluginStatus.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "tavelabi/PluginStatus.h"
 
 namespace halvor::tavelabi {
 namespace {
@@ -26,8 +26,7 @@ TEST(PluginStatusTest, CodeNames) {
   EXPECT_STREQ(PluginStatus::codeName(PluginStatus::Ok), "Ok");
   EXPECT_STREQ(PluginStatus::codeName(PluginStatus::Stopped), "Stopped");
   EXPECT_STREQ(PluginStatus::codeName(PluginStatus::RuntimeFailure), "RuntimeFailure");
-  EXPECT_STREQ(PluginStatus::codeName(PluginStatus::ConfigurationFailure),
-               "ConfigurationFailure");
+  EXPECT_STREQ(PluginStatus::codeName(PluginStatus::ConfigurationFailure), "ConfigurationFailure");
   EXPECT_STREQ(PluginStatus::codeName(PluginStatus::AuthenticationFailure),
                "AuthenticationFailure");
   EXPECT_STREQ(PluginStatus::codeName(PluginStatus::Initializing), "Initializing");

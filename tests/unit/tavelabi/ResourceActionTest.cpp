@@ -1,6 +1,6 @@
-#include "tavelabi/ResourceAction.h"
-
 #include <gtest/gtest.h>
+
+#include "tavelabi/ResourceAction.h"
 
 namespace halvor::tavelabi {
 namespace {

@@ -1,8 +1,8 @@
-#include "tavelabi/Resource.h"
-
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+
+#include "tavelabi/Resource.h"
 
 namespace halvor::tavelabi {
 namespace {

@@ -1,5 +1,3 @@
-#include "tavelabi/ResourceValue.h"
-
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -7,6 +5,7 @@
 #include <vector>
 
 #include "tavelabi/Exceptions.h"
+#include "tavelabi/ResourceValue.h"
 
 namespace halvor::tavelabi {
 namespace {

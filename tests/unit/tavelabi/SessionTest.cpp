@@ -1,11 +1,10 @@
-#include "tavelabi/Session.h"
-
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 #include <string>
 
 #include "tavelabi/Exceptions.h"
+#include "tavelabi/Session.h"
 
 namespace halvor::tavelabi {
 namespace {

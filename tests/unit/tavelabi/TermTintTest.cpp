@@ -1,6 +1,6 @@
-#include "tavelabi/TermTint.h"
-
 #include <gtest/gtest.h>
+
+#include "tavelabi/TermTint.h"
 
 namespace halvor {
 namespace {

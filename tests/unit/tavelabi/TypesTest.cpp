@@ -1,6 +1,6 @@
-#include "tavelabi/Types.h"
-
 #include <gtest/gtest.h>
+
+#include "tavelabi/Types.h"
 
 namespace halvor::tavelabi {
 namespace {
@@ -25,8 +25,7 @@ TEST(TypesTest, VerbNames) {
 }
 
 TEST(TypesTest, ValueTypeNames) {
-  EXPECT_STREQ(toString(ResourceValueType::UNSPECIFIED_RESOURCE_TYPE),
-               "UNSPECIFIED_RESOURCE_TYPE");
+  EXPECT_STREQ(toString(ResourceValueType::UNSPECIFIED_RESOURCE_TYPE), "UNSPECIFIED_RESOURCE_TYPE");
   EXPECT_STREQ(toString(ResourceValueType::BOOL), "BOOL");
   EXPECT_STREQ(toString(ResourceValueType::FLOAT), "FLOAT");
   EXPECT_STREQ(toString(ResourceValueType::DOUBLE), "DOUBLE");
