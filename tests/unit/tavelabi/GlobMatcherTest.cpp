@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tavelabi/GlobMatcher.h"
@@ -88,6 +90,40 @@ TEST(GlobMatcherTest, EveryPatternMatchesItsOwnText) {
   }
   for (const char* pattern : {"/a/**/b/*/c*d**e", "*/**/*", "/scheduler/rules", "/x/*/"}) {
     EXPECT_TRUE(GlobMatcher::globMatch(pattern, pattern)) << pattern;
+  }
+}
+
+// The dialect written down as plainly as possible, by recursion: slow, but obviously right for
+// short inputs.
+bool referenceMatch(std::string_view pattern, std::string_view text) {
+  if (pattern.empty()) return text.empty();
+  if (pattern[0] != '*') {
+    return !text.empty() && text[0] == pattern[0] &&
+           referenceMatch(pattern.substr(1), text.substr(1));
+  }
+  size_t stars = pattern.find_first_not_of('*');
+  if (stars == std::string_view::npos) stars = pattern.size();
+  const std::string_view rest = pattern.substr(stars);
+  for (size_t taken = 0; taken <= text.size(); ++taken) {
+    if (referenceMatch(rest, text.substr(taken))) return true;
+    if (taken < text.size() && stars == 1 && text[taken] == '/') return false;
+  }
+  return false;
+}
+
+TEST(GlobMatcherTest, AgreesWithReferenceOnRandomShortInputs) {
+  std::mt19937 random(20261121);
+  const std::string alphabet = "ab/*";
+  auto randomText = [&](size_t maxLength) {
+    std::string text(random() % (maxLength + 1), ' ');
+    for (char& c : text) c = alphabet[random() % alphabet.size()];
+    return text;
+  };
+  for (int i = 0; i < 20000; ++i) {
+    const std::string pattern = randomText(7);
+    const std::string text = randomText(8);
+    ASSERT_EQ(GlobMatcher::globMatch(pattern.c_str(), text.c_str()), referenceMatch(pattern, text))
+        << "pattern \"" << pattern << "\" text \"" << text << "\"";
   }
 }
 
