@@ -1,6 +1,6 @@
 #include "tavelabi/GlobMatcher.h"
 
-#include <cstring>
+#include <algorithm>
 #include <string_view>
 #include <utility>
 #include <vector>

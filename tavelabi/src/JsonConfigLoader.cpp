@@ -43,6 +43,8 @@ Json::Value JsonConfigLoader::loadJsonConfigFile(std::string path) {
   const std::string text = readWholeFile(path);
   Json::CharReaderBuilder builder;
   builder["allowComments"] = true;
+  // Text after the closing brace is a broken file, not something to ignore silently.
+  builder["failIfExtra"] = true;
   std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
   Json::Value root;
   std::string errors;

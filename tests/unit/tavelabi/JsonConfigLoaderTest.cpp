@@ -78,6 +78,17 @@ TEST(JsonConfigLoaderTest, BadJsonThrowsBadlyFormedNamingTheFile) {
   }
 }
 
+TEST(JsonConfigLoaderTest, CommentAfterTheValueIsAllowed) {
+  TemporaryFile file("{\"a\": [1]}\n// the end\n/* really */\n");
+  EXPECT_EQ(JsonConfigLoader::loadJsonConfigFile(file.path())["a"][0].asInt(), 1);
+}
+
+TEST(JsonConfigLoaderTest, TextAfterTheValueIsBadlyFormed) {
+  TemporaryFile file("{\"a\": 1} {\"b\": 2}");
+  EXPECT_THROW((void)JsonConfigLoader::loadJsonConfigFile(file.path()),
+               BadlyFormedJsonStringException);
+}
+
 TEST(JsonConfigLoaderTest, EmptyFileIsBadlyFormed) {
   TemporaryFile file("");
   EXPECT_THROW((void)JsonConfigLoader::loadJsonConfigFile(file.path()),
