@@ -1,0 +1,88 @@
+#include "sim/ResourceTree.h"
+
+#include <gtest/gtest.h>
+
+#include "tavelabi/Exceptions.h"
+
+namespace halvor::sim {
+namespace {
+
+using tavelabi::Resource;
+using tavelabi::ResourceValue;
+
+TEST(ResourceTreeTest, ReadOfMissingPathNamesThePath) {
+  ResourceTree tree;
+  try {
+    tree.read("/nothing/here");
+    FAIL() << "no exception";
+  } catch (const tavelabi::NonExistentResourcePathException& error) {
+    EXPECT_STREQ("No resource at /nothing/here", error.what());
+  }
+}
+
+TEST(ResourceTreeTest, CreateReplacesAnEarlierResource) {
+  ResourceTree tree;
+  Resource first;
+  first.values["a"] = ResourceValue(1);
+  first.values["b"] = ResourceValue(2);
+  tree.create("/x", first);
+  Resource stored = tree.create("/x", Resource(ResourceValue(std::string("new"))));
+  EXPECT_EQ(1u, stored.values.size());
+  EXPECT_EQ("new", tree.read("/x").values.at("value").getStringValue());
+  EXPECT_EQ(0u, tree.read("/x").values.count("a"));
+}
+
+TEST(ResourceTreeTest, UpdateMergesKeysAndAnswersTheResult) {
+  ResourceTree tree;
+  Resource first;
+  first.values["a"] = ResourceValue(1);
+  first.values["b"] = ResourceValue(2);
+  tree.create("/x", first);
+  Resource change;
+  change.values["b"] = ResourceValue(20);
+  change.values["c"] = ResourceValue(30);
+  Resource result = tree.update("/x", change);
+  EXPECT_EQ(1, result.values.at("a").getIntValue());
+  EXPECT_EQ(20, result.values.at("b").getIntValue());
+  EXPECT_EQ(30, result.values.at("c").getIntValue());
+  EXPECT_EQ(3u, tree.read("/x").values.size());
+}
+
+TEST(ResourceTreeTest, UpdateAndDeleteOfMissingPathThrow) {
+  ResourceTree tree;
+  EXPECT_THROW(tree.update("/x", Resource()), tavelabi::NonExistentResourcePathException);
+  EXPECT_THROW(tree.remove("/x"), tavelabi::NonExistentResourcePathException);
+}
+
+TEST(ResourceTreeTest, DeleteRemovesAndAnswersTheRemovedResource) {
+  ResourceTree tree;
+  tree.create("/x", Resource(ResourceValue(5)));
+  EXPECT_EQ(5, tree.remove("/x").values.at("value").getIntValue());
+  EXPECT_FALSE(tree.find("/x").has_value());
+  EXPECT_EQ(0u, tree.size());
+}
+
+TEST(ResourceTreeTest, ListAnswersMatchingPathsInPathOrder) {
+  ResourceTree tree;
+  for (const char* path : {"/b/2", "/a/1", "/a/1/deep", "/b/1", "/a/2", "/c"}) {
+    tree.create(path, Resource());
+  }
+  EXPECT_EQ((std::vector<std::string>{"/a/1", "/a/2"}), tree.list("/a/*"));
+  EXPECT_EQ((std::vector<std::string>{"/a/1", "/a/1/deep", "/a/2"}), tree.list("/a/**"));
+  EXPECT_EQ((std::vector<std::string>{"/a/1", "/a/1/deep", "/a/2", "/b/1", "/b/2", "/c"}),
+            tree.list("**"));
+  EXPECT_EQ((std::vector<std::string>{"/c"}), tree.list("/c"));
+  EXPECT_EQ((std::vector<std::string>{"/b/1", "/b/2"}), tree.list("/b/*"));
+  EXPECT_TRUE(tree.list("/d/*").empty());
+}
+
+TEST(ResourceTreeTest, ObserverSeesTheStoredResource) {
+  ResourceTree tree;
+  tree.create("/x", Resource("a", ResourceValue(1)));
+  Resource seen;
+  tree.update("/x", Resource("b", ResourceValue(2)), [&](const Resource& stored) { seen = stored; });
+  EXPECT_EQ(2u, seen.values.size());
+}
+
+}  // namespace
+}  // namespace halvor::sim
