@@ -177,8 +177,7 @@ int EdUrlParser::parseKeyValueMap(std::unordered_map<std::string, std::string>* 
   return parseKeyValue(std::move(query), kvCallbackMap, map, strict);
 }
 
-int EdUrlParser::parseKeyValueList(std::vector<query_kv_t>* list, std::string query,
-                                   bool strict) {
+int EdUrlParser::parseKeyValueList(std::vector<query_kv_t>* list, std::string query, bool strict) {
   return parseKeyValue(std::move(query), kvCallbackVec, list, strict);
 }
 

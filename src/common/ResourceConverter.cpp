@@ -10,7 +10,8 @@ namespace halvor::kelo {
 using MessageType = protobuf::ResourceValue;
 using tavelabi::ResourceValueType;
 
-tavelabi::ResourceValue ResourceConverter::toTavelAbiResourceValue(protobuf::ResourceValue message) {
+tavelabi::ResourceValue ResourceConverter::toTavelAbiResourceValue(
+    protobuf::ResourceValue message) {
   tavelabi::ResourceValue value;
   switch (message.type()) {
     case MessageType::BOOL:

@@ -41,8 +41,8 @@ class EdUrlParser {
   // query that is empty or blank.
   static int parseKeyValue(std::string query, KeyValueCallback callback, void* obj, bool strict);
   // parseKeyValue into a map: of a repeated key the last one wins.
-  static int parseKeyValueMap(std::unordered_map<std::string, std::string>* map,
-                              std::string query, bool strict = false);
+  static int parseKeyValueMap(std::unordered_map<std::string, std::string>* map, std::string query,
+                              bool strict = false);
   // parseKeyValue into a list: every pair, in order.
   static int parseKeyValueList(std::vector<query_kv_t>* list, std::string query,
                                bool strict = false);

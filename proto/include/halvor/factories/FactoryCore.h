@@ -62,8 +62,8 @@ class FactoryCore {
   // else the field is cleared.
   static void settleField(google::protobuf::Message& message,
                           const google::protobuf::Message& overrides,
-                          const google::protobuf::FieldDescriptor& field,
-                          const FactoryRules& rules, const tavelabi::Resource* resource);
+                          const google::protobuf::FieldDescriptor& field, const FactoryRules& rules,
+                          const tavelabi::Resource* resource);
 };
 
 }  // namespace halvor::protobuf

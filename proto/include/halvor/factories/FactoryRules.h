@@ -7,6 +7,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tavelabi/ResourceValue.h"
@@ -21,7 +22,8 @@ using FieldReader = std::function<void(google::protobuf::Message& message,
 
 // Where the factory of one message differs from the generic rule. Fields are named as in the
 // schema. Rules are plain data: a message whose factory needs them gets an entry in
-// factoryRulesOf (FactoryRules.cpp).
+// factoryRulesOf (FactoryRules.cpp), written as a chain:
+//   FactoryRules().readFrom("active", {"value", "active"}).keepOverride("device")
 struct FactoryRules {
   // The keys of the host resource that feed a field, the first present one winning. Without an
   // entry, a field's key is its JSON name.
@@ -33,6 +35,23 @@ struct FactoryRules {
   bool keysRequired = false;
   // Fields filled by a reader of their own instead of the generic conversion.
   std::map<std::string, FieldReader> readers;
+
+  FactoryRules& readFrom(const std::string& field, std::vector<std::string> fieldKeys) {
+    keys[field] = std::move(fieldKeys);
+    return *this;
+  }
+  FactoryRules& keepOverride(const std::string& field) {
+    overrideOnly.insert(field);
+    return *this;
+  }
+  FactoryRules& requireKeys() {
+    keysRequired = true;
+    return *this;
+  }
+  FactoryRules& readWith(const std::string& field, FieldReader reader) {
+    readers[field] = std::move(reader);
+    return *this;
+  }
 };
 
 // The rules of a message by its descriptor; empty rules (the generic rule alone) for a message
