@@ -54,10 +54,12 @@ class TestPlugin : public halvor::tavelabi::BasePlugin {
       report(PluginStatus::RuntimeFailure, error.what());
       return;
     }
+    if (config.isMember("probeSession")) probeSession(config["probeSession"].asString());
     report(PluginStatus::Ok, "OK");
   }
 
   void shutdown() override {
+    printDemoCounter();
     report(PluginStatus::Stopped, "stopped " + counts());
   }
 
@@ -91,6 +93,34 @@ class TestPlugin : public halvor::tavelabi::BasePlugin {
       report(PluginStatus::AuthenticationFailure, error.what());
       return false;
     }
+  }
+
+  // Prints who is logged in on a session that the host was told to make.
+  void probeSession(const std::string& sessionId) {
+    try {
+      halvor::tavelabi::ResourceAction read(halvor::tavelabi::CCRUD::Read,
+                                            "/session/sessions/" + sessionId, this, getSessionId());
+      auto answer = getTavelInterface()->processResourceAction(read);
+      say("session " + sessionId + " user " + answer.values.at("username").getStringValue());
+    } catch (const std::exception& error) {
+      say("session " + sessionId + " failed: " + error.what());
+    }
+  }
+
+  void printDemoCounter() {
+    try {
+      halvor::tavelabi::ResourceAction read(halvor::tavelabi::CCRUD::Read, "/demo/counter", this,
+                                            getSessionId());
+      auto answer = getTavelInterface()->processResourceAction(read);
+      say("demo counter " + std::to_string(answer.values.at("value").getIntValue()));
+    } catch (const std::exception& error) {
+      say(std::string("no demo counter: ") + error.what());
+    }
+  }
+
+  static void say(const std::string& text) {
+    std::printf("test-plugin: %s\n", text.c_str());
+    std::fflush(stdout);
   }
 
   void report(PluginStatus::Code code, const std::string& text) {

@@ -1,0 +1,9 @@
+// A plug-in library whose create gives no object: the simulator must refuse it.
+
+#include "sim/EntryPoints.h"
+
+extern "C" {
+halvor::tavelabi::BasePlugin* create(halvor::tavelabi::ITavel* /*tavel*/) { return nullptr; }
+bool produce(const halvor::tavelabi::TimePoint& /*now*/) { return false; }
+void consume(const halvor::tavelabi::TimePoint& /*now*/) {}
+}
