@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# config/run-demo.sh <build dir>: starts the simulated transmitter with the plug-in from the
+# repository's root. Makes a self-signed certificate and key on first run (never committed).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+build=${1:-build/release}
+
+mkdir -p certificates logs
+if [ ! -f certificates/server.crt ] || [ ! -f certificates/server.key ]; then
+  echo "demo: making a self-signed certificate in certificates/"
+  openssl req -x509 -newkey rsa:2048 -nodes -days 3650 -subj "/CN=localhost" \
+    -addext "subjectAltName=DNS:localhost,IP:127.0.0.1" \
+    -keyout certificates/server.key -out certificates/server.crt 2>/dev/null
+  chmod 600 certificates/server.key
+fi
+
+exec "$build/sim/tavel-sim" \
+  --plugin "$build/src/libkelo.so" \
+  --log-config config/log.conf \
+  --config config/config.json \
+  --fixture config/fixtures/demo.json

@@ -1,0 +1,109 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <boost/thread/shared_mutex.hpp>
+
+#include "tavelabi/BasePlugin.h"
+#include "tavelabi/ITavel.h"
+#include "tavelabi/PluginStatus.h"
+#include "tavelabi/TermTint.h"
+
+namespace halvor::kelo {
+
+class ApplyCertificateListener;
+
+// The plug-in's one object: configuration, logging, the web server's set-up and thread, the
+// timed tasks driven by the host's loop, and shutdown.
+class Kelo : public tavelabi::BasePlugin {
+ public:
+  explicit Kelo(tavelabi::ITavel* tavel);
+  ~Kelo() override;
+
+  void init(const uint32_t& id, const std::string& logConfigFile,
+            const std::string& configFile) override;
+  bool produce(const tavelabi::TimePoint& now) override;
+  void consume(const tavelabi::TimePoint& now) override;
+  void shutdown() override;
+
+  virtual std::string getPrivateKeyPath();
+  virtual std::string getCertificatePath();
+
+  void loadConfigFile(std::string path);
+  void configureLogger(uint32_t id, std::string logConfigFile);
+  void logKeloConfig();
+  bool isSSLCertificatePresent(std::string& error);
+  bool checkTimedTasks(const tavelabi::TimePoint& now);
+  void checkHeartbeat();
+  void restartTavel();
+  void configureDrogon();
+
+  // Set by the certificate listener on another thread, cleared by consume.
+  void setRestartDue() { restartDue = true; }
+
+  // Read-only views for tests and the host's console.
+  bool isRunning() const;
+  tavelabi::PluginStatus currentStatus() const;
+  bool isWebServerConfigured() const { return webServerConfigured; }
+  int32_t getHttpPort() const { return httpPort; }
+  int32_t getHttpsPort() const { return httpsPort; }
+  const std::string& getDrogonConfigFile() const { return drogonConfigFile; }
+  const std::vector<std::string>& getLocalhostIps() const { return localhostIps; }
+  bool getBypassCors() const { return bypassCors; }
+  const std::string& getCorsOrigin() const { return corsOrigin; }
+  const std::string& getUserName() const { return userName; }
+  const std::string& getLogDirectory() const { return logDirectory; }
+
+ private:
+  // One failed step of init: record and report the status, log, shut down.
+  void failInit(tavelabi::PluginStatus::Code code, const std::string& text,
+                const std::string& logLine, bool logInRed = false);
+  void setStatus(tavelabi::PluginStatus::Code code, const std::string& text);
+  void reportStatus();
+  void setRunning(bool value);
+  bool createOnHost(const std::string& path, const tavelabi::Resource& resource);
+  void startServerThread();
+  void runServer();
+  // The beginning advice: runs once on the server thread before requests are served.
+  void onServerBeginning();
+
+  mutable boost::upgrade_mutex stateMutex;
+  bool wasUsingColor;
+  TermTint tint;
+  std::unique_ptr<std::thread> serverThread;
+  tavelabi::TimePoint lastStatusReport;
+  tavelabi::TimePoint lastHeartbeat;
+  bool running = false;
+  bool webServerConfigured = false;
+  bool statusReportDue = true;
+  bool heartbeatDue = true;
+  std::atomic<bool> restartDue{false};
+  std::string userName;
+  std::string password;
+  std::string logDirectory;
+  std::vector<std::string> localhostIps;
+  int32_t httpPort = 7000;
+  int32_t httpsPort = 8000;
+  std::string drogonConfigFile = "./drogon-config.json";
+  std::string privateKeyFile = "certificates/server.key";
+  std::string certificateFile = "certificates/server.crt";
+  // The server thread writes the status when it dies while the host's thread reports it.
+  mutable std::mutex statusMutex;
+  tavelabi::PluginStatus::Code statusCode = tavelabi::PluginStatus::Ok;
+  std::string statusText = "OK";
+  bool bypassCors = false;
+  std::string corsOrigin;
+  std::unique_ptr<ApplyCertificateListener> applyCertificateListener;
+};
+
+// "/versions/<pluginName>" with the placeholder replaced through the regex library's format
+// rules.
+std::string GenerateVersionPath(std::string pluginName);
+
+}  // namespace halvor::kelo

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "kelo/WebKeloInterface.h"
+#include "kelo/web/HttpRequest.h"
+#include "kelo/web/HttpResponse.h"
+#include "tavelabi/IPluginInfo.h"
+#include "tavelabi/ITavel.h"
+
+namespace halvor::kelo {
+
+// What every REST call passes through: make the response, find the host, carry the session
+// cookie, run the handler, turn its exception into a status, answer.
+class KeloFrame {
+ public:
+  // The version prefix joined to every route at registration: "/api/login" is served at
+  // "/1/api/login".
+  static constexpr const char* kApiVersion = "1";
+  static std::string versionedPath(const std::string& path) {
+    return std::string("/") + kApiVersion + path;
+  }
+
+  // `handler(resp, tavel, info, sessionId)` fills the response. The simple controller form drops
+  // a cookie the response may already carry before writing the session's.
+  template <class Handler>
+  static void handle(const web::HttpRequestPtr& req, const web::ResponseCallback& callback,
+                     bool simpleForm, Handler&& handler) {
+    web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
+    WebKeloInterface* plugin = keloInterface();
+    std::string sessionId = req->getCookie("SessionID");
+    if (simpleForm) {
+      resp->removeCookie("SessionID");
+    }
+    // The value goes back as the client sent it, with the path inside the cookie's value.
+    resp->addCookie("SessionID", sessionId + ";Path=/");
+    try {
+      std::forward<Handler>(handler)(resp, plugin->tavel, plugin->pluginInfo, sessionId);
+    } catch (...) {
+      mapCurrentException(*resp);
+    }
+    if (!callback) {
+      throw std::bad_function_call();
+    }
+    callback(resp);
+  }
+
+  // Inside a catch block: a dead session is 440, a refused right 403, anything else 500 with the
+  // exception's diagnostic text as plain text. Each closes the connection.
+  static void mapCurrentException(web::HttpResponse& resp);
+
+ private:
+  static WebKeloInterface* keloInterface();
+};
+
+}  // namespace halvor::kelo

@@ -1,0 +1,392 @@
+#include "kelo/Kelo.h"
+
+#include <sys/prctl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+#include <regex>
+#include <sstream>
+
+#include <boost/exception/diagnostic_information.hpp>
+#include <google/protobuf/stubs/common.h>
+
+#include "kelo/KeloLog.h"
+#include "kelo/Registrations.h"
+#include "kelo/WebKeloInterface.h"
+#include "kelo/CorsAdvices.h"
+#include "kelo/handlers/ws/ResourceListenerManager.h"
+#include "kelo/handlers/certificates/ApplyCertificateListener.h"
+#include "kelo/web/HttpAppFramework.h"
+#include "tavelabi/BuildIdentifier.h"
+#include "tavelabi/JsonConfigLoader.h"
+#include "tavelabi/ResourceAction.h"
+#include "tavelabi/Session.h"
+
+namespace halvor::kelo {
+
+using tavelabi::CCRUD;
+using tavelabi::PluginStatus;
+using tavelabi::Resource;
+using tavelabi::ResourceAction;
+using tavelabi::ResourceValue;
+
+namespace {
+
+constexpr auto kStatusReportPeriod = std::chrono::nanoseconds(5'000'000'000);
+constexpr auto kHeartbeatPeriod = std::chrono::nanoseconds(999'999'999);
+const char* const kConnectivitiesPath = "/kelo/websocketConnectivities";
+const char* const kLocalhostIpPath = "/px3/localhostIp";
+
+std::string methodName(web::HttpMethod method) {
+  switch (static_cast<int>(method)) {
+    case 0: return "GET";
+    case 1: return "POST";
+    case 3: return "PUT";
+    case 4: return "DELETE";
+    default: return std::to_string(static_cast<int>(method));
+  }
+}
+
+std::string removeFilePrefix(std::string path) {
+  const std::string prefix = "file://";
+  for (auto at = path.find(prefix); at != std::string::npos; at = path.find(prefix)) {
+    path.erase(at, prefix.size());
+  }
+  return path;
+}
+
+}  // namespace
+
+std::string GenerateVersionPath(std::string pluginName) {
+  return std::regex_replace(std::string("/versions/<pluginName>"), std::regex("<pluginName>"),
+                            pluginName);
+}
+
+Kelo::Kelo(tavelabi::ITavel* tavel)
+    : tavelabi::BasePlugin(tavel), wasUsingColor(TermTint::isUsingColor()) {
+  TermTint::useColor(true);
+  GOOGLE_PROTOBUF_VERIFY_VERSION;
+  setName("Kelo");
+  setVersion(tavelabi::BuildIdentifier(2, 59, 2, "r0"));
+  setId(0);
+  lastStatusReport = std::chrono::steady_clock::now();
+  lastHeartbeat = lastStatusReport;
+}
+
+Kelo::~Kelo() {
+  shutdown();
+  if (serverThread && serverThread->joinable()) {
+    serverThread->detach();
+  }
+  TermTint::useColor(wasUsingColor);
+}
+
+std::string Kelo::getPrivateKeyPath() { return privateKeyFile; }
+
+std::string Kelo::getCertificatePath() { return certificateFile; }
+
+void Kelo::loadConfigFile(std::string path) {
+  if (path.empty()) {
+    return;
+  }
+  // A key that the file lacks reads as null and overwrites the member with null's conversion:
+  // the defaults hold only when no file is named at all.
+  const Json::Value config = tavelabi::JsonConfigLoader::loadJsonConfigFile(path);
+  userName = config["UserName"].asString();
+  password = config["Password"].asString();
+  logDirectory = config["LogDirectory"].asString();
+  for (const auto& ip : config["PX3LocalhostIp"]) {
+    localhostIps.push_back(ip.asString());
+  }
+  certificateFile = config["server-certificate"].asString();
+  privateKeyFile = config["server-private-key"].asString();
+  httpsPort = config["https-port"].asInt();
+  httpPort = config["http-port"].asInt();
+  drogonConfigFile = config["drogon-config"].asString();
+  bypassCors = config["bypass-cors"].asBool();
+  corsOrigin = config["cors-origin"].asString();
+}
+
+void Kelo::configureLogger(uint32_t id, std::string logConfigFile) {
+  setLoggerId(getName() + std::to_string(id));
+  const std::string loggerId = getLoggerId();
+  el::Configurations configuration(logConfigFile, true);
+  configuration.parseFromText("*GLOBAL:\n FILENAME = " + logDirectory + "/" + loggerId + ".log");
+  el::Logger* logger = el::Loggers::getLogger(loggerId, true);
+  el::Loggers::reconfigureLogger(logger, configuration);
+  KELO_LOG(INFO, loggerId) << "Using separate log file " << loggerId;
+  KELO_LOG(INFO, loggerId) << "Logger initialized";
+}
+
+void Kelo::logKeloConfig() {
+  KELO_LOG(INFO, getLoggerId()) << "Configuration: ";
+  KELO_LOG(INFO, getLoggerId()) << "\tUserName: " << userName;
+  KELO_LOG(INFO, getLoggerId()) << "\tLogDirectory: " << logDirectory;
+  KELO_LOG(INFO, getLoggerId()) << "\tCertificate: " << certificateFile;
+  KELO_LOG(INFO, getLoggerId()) << "\tPrivateKey: " << privateKeyFile;
+  KELO_LOG(INFO, getLoggerId()) << "\tHttp port: " << httpPort;
+  KELO_LOG(INFO, getLoggerId()) << "\tHttps port: " << httpsPort;
+}
+
+bool Kelo::isSSLCertificatePresent(std::string& error) {
+  for (const std::string* path : {&privateKeyFile, &certificateFile}) {
+    struct stat info {};
+    if (stat(removeFilePrefix(*path).c_str(), &info) != 0) {
+      // The caller reports the system's text for errno: keep stat's.
+      const int statErrno = errno;
+      error = "Missing file: " + *path;
+      errno = statErrno;
+      return false;
+    }
+  }
+  return true;
+}
+
+void Kelo::init(const uint32_t& id, const std::string& logConfigFile,
+                const std::string& configFile) {
+  setId(id);
+  try {
+    loadConfigFile(configFile);
+    configureLogger(id, logConfigFile);
+  } catch (...) {
+    // The logger may not exist yet: nothing is logged.
+    setStatus(PluginStatus::ConfigurationFailure, "Configuration Failure");
+    reportStatus();
+    shutdown();
+    return;
+  }
+  KELO_LOG(INFO, getLoggerId()) << TitleTheme::request_title("Initializing Kelo ...");
+  setStatus(PluginStatus::Initializing, "Initializing");
+  reportStatus();
+  logKeloConfig();
+
+  tavelabi::ITavel* tavel = getTavelInterface();
+  tavelabi::Session session;
+  try {
+    session = tavelabi::Session::convertResourceToSession(tavel->createPluginSession(this));
+    setSessionId(session.sessionId);
+  } catch (...) {
+    KELO_LOG(ERROR, getLoggerId()) << boost::current_exception_diagnostic_information();
+    failInit(PluginStatus::AuthenticationFailure, "Session is not generated", "");
+    return;
+  }
+  try {
+    tavel->loginPlugin(this, userName, password, session);
+  } catch (...) {
+    KELO_LOG(ERROR, getLoggerId()) << boost::current_exception_diagnostic_information();
+    failInit(PluginStatus::AuthenticationFailure,
+             "Authentication Failed, username and password in config.json don't match with "
+             "user database",
+             "");
+    return;
+  }
+
+  const std::string versionPath = GenerateVersionPath(getName());
+  if (!createOnHost(versionPath, Resource(ResourceValue(getVersion())))) {
+    const std::string text = "Unable to register version " + versionPath;
+    failInit(PluginStatus::RuntimeFailure, text, text);
+    return;
+  }
+  if (!createOnHost(kConnectivitiesPath, Resource(ResourceValue(ResourceValue::Map{})))) {
+    const std::string text = "Unable to create websocket connectivities resource";
+    failInit(PluginStatus::RuntimeFailure, text, text);
+    return;
+  }
+  if (!createOnHost(kLocalhostIpPath, Resource(ResourceValue(localhostIps)))) {
+    const std::string text = "Unable to create PX3 localhost IP resource";
+    failInit(PluginStatus::RuntimeFailure, text, text);
+    return;
+  }
+
+  std::string error;
+  if (!isSSLCertificatePresent(error)) {
+    const std::string text = "Missing SSL certificates! " + error + " " + std::strerror(errno);
+    failInit(PluginStatus::ConfigurationFailure, text, text, true);
+    return;
+  }
+  applyCertificateListener =
+      std::make_unique<ApplyCertificateListener>("/command/applyCertificate", tavel, this);
+  tavel->addResourceListener(this, applyCertificateListener.get());
+
+  if (!webServerConfigured) {
+    configureDrogon();
+  }
+  if (!serverThread) {
+    startServerThread();
+  }
+  setRunning(true);
+  setStatus(PluginStatus::Ok, "OK");
+}
+
+bool Kelo::createOnHost(const std::string& path, const Resource& resource) {
+  try {
+    ResourceAction action(CCRUD::Create, path, resource, this, getSessionId());
+    getTavelInterface()->processResourceAction(action);
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+void Kelo::failInit(PluginStatus::Code code, const std::string& text, const std::string& logLine,
+                    bool logInRed) {
+  setStatus(code, text);
+  reportStatus();
+  if (!logLine.empty()) {
+    KELO_LOG(ERROR, getLoggerId()) << (logInRed ? TermTint::brightRed(logLine) : logLine);
+  }
+  shutdown();
+}
+
+void Kelo::configureDrogon() {
+  if (bypassCors) {
+    KELO_LOG(INFO, getLoggerId()) << TermTint::brightYellow("CORS Disabled!");
+  }
+  web::HttpAppFramework& application = web::app();
+  Registrations::registerPluginTypes(application);
+  Registrations::registerRoutes(application);
+  application.loadConfigFile(drogonConfigFile)
+      .addListener("0.0.0.0", static_cast<uint16_t>(httpPort), false, "", "", false, {})
+      .addListener("0.0.0.0", static_cast<uint16_t>(httpsPort), true, certificateFile,
+                   privateKeyFile, false, {})
+      .setLogLevel(4)
+      .registerBeginningAdvice([this] { onServerBeginning(); })
+      .registerHttpResponseCreationAdvice(CorsAdvices::responseCreationAdvice(bypassCors, corsOrigin))
+      .registerPreRoutingAdvice(CorsAdvices::preRoutingAdvice);
+  webServerConfigured = true;
+}
+
+void Kelo::onServerBeginning() {
+  web::HttpAppFramework& application = web::app();
+  auto* keloInterface = application.getPlugin<WebKeloInterface>();
+  auto* listenerManager = application.getPlugin<ResourceListenerManager>();
+  if (keloInterface == nullptr || listenerManager == nullptr) {
+    throw std::runtime_error("The web configuration file " + drogonConfigFile +
+                             " must list the plug-ins WebKeloInterface, ResourceListenerManager "
+                             "and BackgroundTaskQueue");
+  }
+  keloInterface->tavel = getTavelInterface();
+  keloInterface->pluginInfo = this;
+  listenerManager->setLoggerId(getLoggerId());
+  for (const auto& [path, method, description] : application.getHandlersInfo()) {
+    KELO_LOG(INFO, getLoggerId()) << "Register " << methodName(method) << " " << path << " "
+                                  << description;
+  }
+  KELO_LOG(INFO, getLoggerId()) << TermTint::brightYellow(
+      "Webserver listening for HTTP / HTTPS traffic on " + std::to_string(httpPort) + " / " +
+      std::to_string(httpsPort));
+}
+
+void Kelo::startServerThread() {
+  serverThread = std::make_unique<std::thread>([this] { runServer(); });
+}
+
+void Kelo::runServer() {
+  prctl(PR_SET_NAME, "keloServiceThread", 0, 0, 0);
+  try {
+    web::app().run();
+  } catch (...) {
+    const std::string diagnostic = boost::current_exception_diagnostic_information();
+    KELO_LOG(ERROR, getLoggerId()) << diagnostic;
+    setStatus(PluginStatus::RuntimeFailure, "Drogon : " + diagnostic);
+    reportStatus();
+    shutdown();
+  }
+  setRunning(false);
+}
+
+bool Kelo::checkTimedTasks(const tavelabi::TimePoint& now) {
+  if (now - lastStatusReport >= kStatusReportPeriod) {
+    statusReportDue = true;
+    lastStatusReport = now;
+  }
+  if (now - lastHeartbeat > kHeartbeatPeriod) {
+    heartbeatDue = true;
+    lastHeartbeat = now;
+  }
+  return statusReportDue || heartbeatDue;
+}
+
+bool Kelo::produce(const tavelabi::TimePoint& now) { return checkTimedTasks(now); }
+
+void Kelo::consume(const tavelabi::TimePoint& now) {
+  // Each flag is cleared after its task, so that a task that throws is tried again next time.
+  if (statusReportDue) {
+    reportStatus();
+    statusReportDue = false;
+  }
+  if (heartbeatDue) {
+    checkHeartbeat();
+    heartbeatDue = false;
+  }
+  if (restartDue) {
+    restartTavel();
+    restartDue = false;
+  }
+}
+
+void Kelo::checkHeartbeat() {
+  ResourceAction read(CCRUD::Read, kConnectivitiesPath, this, getSessionId());
+  Resource answer = getTavelInterface()->processResourceAction(read);
+  ResourceValue::Map connectivities = answer.values.at("value").getMapValue();
+
+  std::vector<std::string> lapsed;
+  for (auto& [ip, count] : connectivities) {
+    const int32_t newCount = count.getIntValue() - 1;
+    if (newCount < 1) {
+      lapsed.push_back(ip);
+    }
+    count.setIntValue(newCount);
+  }
+  for (const auto& ip : lapsed) {
+    connectivities.erase(ip);
+  }
+
+  ResourceAction update(CCRUD::Update, kConnectivitiesPath, Resource(ResourceValue(connectivities)),
+                        this, getSessionId());
+  getTavelInterface()->processResourceAction(update);
+}
+
+void Kelo::restartTavel() {
+  ResourceAction command(CCRUD::Command, "/command/restartTavel", this, getSessionId());
+  getTavelInterface()->processResourceAction(command);
+}
+
+void Kelo::shutdown() {
+  KELO_LOG(INFO, getLoggerId()) << "Shutting Kelo down.";
+  if (applyCertificateListener) {
+    getTavelInterface()->removeResourceListener(this, applyCertificateListener.get());
+    // Released rather than left dangling, so that the destructor's second shutdown is harmless.
+    applyCertificateListener.reset();
+  }
+  // The status of a failure that led here stays what later reports show.
+  getTavelInterface()->setPluginStatus(this,
+                                       PluginStatus(PluginStatus::Stopped, "Kelo Shutting down."));
+  setRunning(false);
+}
+
+void Kelo::setStatus(PluginStatus::Code code, const std::string& text) {
+  std::lock_guard lock(statusMutex);
+  statusCode = code;
+  statusText = text;
+}
+
+tavelabi::PluginStatus Kelo::currentStatus() const {
+  std::lock_guard lock(statusMutex);
+  return PluginStatus(statusCode, statusText);
+}
+
+void Kelo::reportStatus() { getTavelInterface()->setPluginStatus(this, currentStatus()); }
+
+void Kelo::setRunning(bool value) {
+  boost::unique_lock<boost::upgrade_mutex> lock(stateMutex);
+  running = value;
+}
+
+bool Kelo::isRunning() const {
+  boost::shared_lock<boost::upgrade_mutex> lock(stateMutex);
+  return running;
+}
+
+}  // namespace halvor::kelo

@@ -1,0 +1,19 @@
+#include "kelo/Registrations.h"
+
+#include "kelo/BackgroundTaskQueue.h"
+#include "kelo/WebKeloInterface.h"
+#include "kelo/handlers/ws/ResourceListenerManager.h"
+
+namespace halvor::kelo {
+
+void Registrations::registerPluginTypes(web::HttpAppFramework& application) {
+  application.registerPluginType<WebKeloInterface>("WebKeloInterface")
+      .registerPluginType<ResourceListenerManager>("ResourceListenerManager")
+      .registerPluginType<BackgroundTaskQueue>("BackgroundTaskQueue");
+}
+
+void Registrations::registerRoutes(web::HttpAppFramework& /*application*/) {
+  // Each family of handlers adds its register function here.
+}
+
+}  // namespace halvor::kelo

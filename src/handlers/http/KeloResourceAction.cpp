@@ -1,0 +1,42 @@
+#include "kelo/handlers/http/KeloResourceAction.h"
+
+#include "kelo/WebKeloInterface.h"
+#include "kelo/web/HttpAppFramework.h"
+
+namespace halvor::kelo {
+
+KeloResourceAction::KeloResourceAction(const tavelabi::CCRUD& action, const std::string& path,
+                                       tavelabi::IPluginInfo* info, const std::string& sessionId,
+                                       const web::HttpRequestPtr& req)
+    : tavelabi::ResourceAction(action, path, info, sessionId) {
+  tavelabi::ResourceAction::isLocalHost = isLocalHost(req);
+}
+
+KeloResourceAction::KeloResourceAction(const tavelabi::CCRUD& action, const std::string& path,
+                                       const tavelabi::Resource& resource,
+                                       tavelabi::IPluginInfo* info, const std::string& sessionId,
+                                       const web::HttpRequestPtr& req)
+    : tavelabi::ResourceAction(action, path, resource, info, sessionId) {
+  tavelabi::ResourceAction::isLocalHost = isLocalHost(req);
+}
+
+bool KeloResourceAction::isLocalHost(const web::HttpRequestPtr& req) {
+  const web::InetAddress& peer = req->peerAddr();
+  if (!web::app().isRunning()) {
+    return peer.isLoopbackIp();
+  }
+  static WebKeloInterface* keloInterface = web::app().getPlugin<WebKeloInterface>();
+  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, "/px3/localhostIp", pluginInfo,
+                                pluginInfo->getSessionId());
+  const tavelabi::Resource answer = keloInterface->tavel->processResourceAction(read);
+
+  bool listed = false;
+  for (const auto& ip : answer.values.at("value").getListValue()) {
+    if (ip.getStringValue() == peer.toIp()) {
+      listed = true;
+    }
+  }
+  return peer.isLoopbackIp() || listed;
+}
+
+}  // namespace halvor::kelo
