@@ -1,0 +1,66 @@
+#include "kelo/web/HttpResponse.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "FieldLookup.h"
+#include "ThreadContext.h"
+
+namespace halvor::kelo::web {
+
+HttpResponsePtr HttpResponse::newHttpResponse() {
+  auto response = std::make_shared<HttpResponse>();
+  ThreadContext::applyCreationAdvices(response);
+  return response;
+}
+
+HttpResponsePtr HttpResponse::newHttpResponse(int code, std::string body) {
+  auto response = newHttpResponse();
+  response->setStatusCode(code);
+  response->setContentTypeCode(CT_TEXT_PLAIN);
+  response->setBody(std::move(body));
+  return response;
+}
+
+std::string_view HttpResponse::contentTypeString() const {
+  if (contentType_ == CT_CUSTOM) return customContentType_;
+  return web::contentTypeString(contentType_);
+}
+
+void HttpResponse::addHeader(std::string name, std::string value) {
+  headers_.emplace_back(std::move(name), std::move(value));
+}
+
+const std::string& HttpResponse::getHeader(std::string_view name) const {
+  return FieldLookup::find(headers_, name);
+}
+
+void HttpResponse::removeHeader(std::string_view name) {
+  std::erase_if(headers_,
+                [name](const auto& field) { return FieldLookup::equalsIgnoreCase(field.first, name); });
+}
+
+void HttpResponse::addCookie(std::string name, std::string value) {
+  cookies_.emplace_back(std::move(name), std::move(value));
+}
+
+void HttpResponse::removeCookie(std::string_view name) {
+  std::erase_if(cookies_, [name](const auto& cookie) { return cookie.first == name; });
+}
+
+const std::string& HttpResponse::getCookie(std::string_view name) const {
+  return FieldLookup::findExact(cookies_, name);
+}
+
+void HttpResponse::reset() {
+  status_ = k200OK;
+  contentType_ = CT_NONE;
+  closeConnection_ = false;
+  creationAdviceApplied_ = false;
+  customContentType_.clear();
+  body_.clear();
+  headers_.clear();
+  cookies_.clear();
+}
+
+}  // namespace halvor::kelo::web

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <boost/beast/http/basic_parser.hpp>
+
+#include "kelo/web/HttpRequest.h"
+
+namespace halvor::kelo::web {
+
+// Parses one request straight into a (reused) HttpRequest, without a message object of its
+// own. A body above `maxMemoryBody` goes to a temporary file in `temporaryDirectory`, which
+// the request owns once the message is complete (and which is removed if it never is).
+class RequestParser : public boost::beast::http::basic_parser<true> {
+ public:
+  using error_code = boost::beast::error_code;
+  using string_view = boost::beast::string_view;
+
+  RequestParser(HttpRequest& request, std::uint64_t maxMemoryBody,
+                const std::string& temporaryDirectory);
+  ~RequestParser() override;
+
+  // True when the request asked for "Expect: 100-continue".
+  bool expectsContinue() const { return expectsContinue_; }
+
+ private:
+  void on_request_impl(boost::beast::http::verb method, string_view methodText,
+                       string_view target, int version, error_code& ec) override;
+  void on_response_impl(int code, string_view reason, int version, error_code& ec) override;
+  void on_field_impl(boost::beast::http::field name, string_view nameText, string_view value,
+                     error_code& ec) override;
+  void on_header_impl(error_code& ec) override;
+  void on_body_init_impl(const boost::optional<std::uint64_t>& contentLength,
+                         error_code& ec) override;
+  std::size_t on_body_impl(string_view body, error_code& ec) override;
+  void on_chunk_header_impl(std::uint64_t size, string_view extensions, error_code& ec) override;
+  std::size_t on_chunk_body_impl(std::uint64_t remain, string_view body, error_code& ec) override;
+  void on_finish_impl(error_code& ec) override;
+
+  bool appendBody(string_view chunk);
+  bool openBodyFile();
+  void discardBodyFile();
+
+  HttpRequest& request_;
+  std::uint64_t maxMemoryBody_;
+  const std::string& temporaryDirectory_;
+  bool expectsContinue_ = false;
+  int bodyFile_ = -1;
+  std::string bodyFilePath_;
+  std::uint64_t bodyFileLength_ = 0;
+};
+
+}  // namespace halvor::kelo::web

@@ -1,0 +1,330 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <deque>
+#include <memory>
+#include <string>
+
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core/buffers_to_string.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/stream_traits.hpp>
+#include <boost/beast/http/empty_body.hpp>
+#include <boost/beast/http/message.hpp>
+#include <boost/beast/websocket.hpp>
+
+#include "ConnectionLimiter.h"
+#include "IoThread.h"
+#include "SessionErrors.h"
+#include "kelo/web/Log.h"
+#include "kelo/web/WebSocketConnection.h"
+#include "kelo/web/WebSocketControllerBase.h"
+
+namespace halvor::kelo::web {
+
+// One upgraded connection over NextLayer (a TCP socket or a TLS stream). Reads run in a loop;
+// writes go through a queue drained one at a time; every touch of the stream happens on the
+// connection's I/O thread, other threads post to it.
+template <class NextLayer>
+class WebSocketSession : public WebSocketConnection,
+                         public TrackedConnection,
+                         public std::enable_shared_from_this<WebSocketSession<NextLayer>> {
+ public:
+  using UpgradeRequest = boost::beast::http::request<boost::beast::http::empty_body>;
+
+  // How long a close handshake that we started may take before the socket is closed.
+  static constexpr std::chrono::seconds kCloseGrace{5};
+
+  WebSocketSession(NextLayer&& next, ServerStatePtr state, IoThreadPtr io,
+                   ConnectionLimiter::Slot slot, InetAddress peer, InetAddress local,
+                   WebSocketControllerPtr controller)
+      : state_(std::move(state)),
+        io_(std::move(io)),
+        slot_(std::move(slot)),
+        peer_(std::move(peer)),
+        local_(std::move(local)),
+        controller_(std::move(controller)),
+        ws_(std::move(next)),
+        closeTimer_(io_->context()) {}
+
+  // On the I/O thread.
+  void start(UpgradeRequest upgrade, HttpRequestPtr request) {
+    io_->track(this->weak_from_this());
+    namespace websocket = boost::beast::websocket;
+    websocket::stream_base::timeout timeouts{};
+    timeouts.handshake_timeout = std::chrono::seconds(30);
+    // Keep-alive pings at half the idle time: a live peer answers them, a dead one is closed.
+    timeouts.idle_timeout = state_->config.idleConnectionTimeout == 0
+                                ? websocket::stream_base::none()
+                                : std::chrono::seconds(state_->config.idleConnectionTimeout);
+    timeouts.keep_alive_pings = true;
+    ws_.set_option(timeouts);
+    ws_.read_message_max(state_->config.clientMaxWebSocketMessageSize);
+    ws_.auto_fragment(false);
+    ws_.control_callback([this](websocket::frame_type kind, boost::beast::string_view) {
+      if (kind == websocket::frame_type::close) onCloseFrame();
+    });
+    upgradeRequest_ = std::move(request);
+    ws_.async_accept(upgrade, [self = this->shared_from_this()](boost::beast::error_code ec) {
+      self->onAccept(ec);
+    });
+  }
+
+  void send(const std::string& message, WebSocketMessageType type) override {
+    send(message.data(), message.size(), type);
+  }
+
+  void send(const char* data, std::size_t length, WebSocketMessageType type) override {
+    if (!connected_.load()) return;
+    if (type == WebSocketMessageType::Close) {
+      shutdown(kNormalClosure, std::string(data, length));
+      return;
+    }
+    std::size_t cap = state_->config.clientMaxWebSocketSendQueue;
+    std::size_t before = pendingBytes_.fetch_add(length);
+    if (cap != 0 && before + length > cap) {
+      pendingBytes_.fetch_sub(length);
+      overflow();
+      return;
+    }
+    Outgoing item;
+    item.kind = kindOf(type);
+    item.text = type == WebSocketMessageType::Text;
+    item.data = std::make_shared<const std::string>(data, length);
+    item.bytes = length;
+    runOnThread([self = this->shared_from_this(), item = std::move(item)]() mutable {
+      self->enqueue(std::move(item));
+    });
+  }
+
+  void shutdown(std::uint16_t code, const std::string& reason) override {
+    if (!connected_.exchange(false)) return;
+    runOnThread([self = this->shared_from_this(), code, reason] { self->queueClose(code, reason); });
+  }
+
+  void forceClose() override {
+    connected_.store(false);
+    runOnThread([self = this->shared_from_this()] { self->closeSocket(); });
+  }
+
+  bool connected() const override { return connected_.load(); }
+  const InetAddress& peerAddr() const override { return peer_; }
+  const InetAddress& localAddr() const override { return local_; }
+
+  void closeIfIdle(std::uint64_t) override {}  // the stream's own timeouts handle idleness
+  void closeForShutdown() override {
+    connected_.store(false);
+    closeSocket();
+  }
+
+ private:
+  enum class Kind { Data, Ping, Pong, Close };
+  struct Outgoing {
+    Kind kind = Kind::Data;
+    bool text = false;
+    std::shared_ptr<const std::string> data;
+    std::size_t bytes = 0;
+    std::uint16_t code = kNormalClosure;
+  };
+
+  static Kind kindOf(WebSocketMessageType type) {
+    if (type == WebSocketMessageType::Ping) return Kind::Ping;
+    if (type == WebSocketMessageType::Pong) return Kind::Pong;
+    return Kind::Data;
+  }
+
+  template <class F>
+  void runOnThread(F&& function) {
+    if (io_->isCurrent()) {
+      function();
+    } else {
+      io_->post(std::forward<F>(function));
+    }
+  }
+
+  WebSocketConnectionPtr self() { return this->shared_from_this(); }
+
+  void onAccept(boost::beast::error_code ec) {
+    if (ec || state_->stopping.load()) {
+      ended_ = true;
+      if (ec) SessionErrors::fail(ec, "websocket accept");
+      closeSocket();
+      return;
+    }
+    connected_.store(true);
+    try {
+      controller_->handleNewConnection(upgradeRequest_, self());
+    } catch (const std::exception& error) {
+      logLine(kError, std::string("WebSocket handleNewConnection threw: ") + error.what());
+    } catch (...) {
+      logLine(kError, "WebSocket handleNewConnection threw");
+    }
+    if (!ended_) doRead();
+  }
+
+  void doRead() {
+    ws_.async_read(readBuffer_, [self = this->shared_from_this()](boost::beast::error_code ec,
+                                                                   std::size_t) {
+      self->onRead(ec);
+    });
+  }
+
+  void onRead(boost::beast::error_code ec) {
+    if (ec) return onEnd(ec);
+    WebSocketMessageType type =
+        ws_.got_text() ? WebSocketMessageType::Text : WebSocketMessageType::Binary;
+    std::string message = boost::beast::buffers_to_string(readBuffer_.data());
+    readBuffer_.consume(readBuffer_.size());
+    try {
+      controller_->handleNewMessage(self(), std::move(message), type);
+    } catch (const std::exception& error) {
+      logLine(kError, std::string("WebSocket handleNewMessage threw: ") + error.what());
+    } catch (...) {
+      logLine(kError, "WebSocket handleNewMessage threw");
+    }
+    doRead();
+  }
+
+  // Inside the read of the client's close frame: the stream answers it itself right after, so
+  // nothing here may touch the stream; a shutdown() from the controller is a no-op by now.
+  void onCloseFrame() {
+    connected_.store(false);
+    closeQueued_ = true;
+    std::string reason(ws_.reason().reason.data(), ws_.reason().reason.size());
+    try {
+      controller_->handleNewMessage(self(), std::move(reason), WebSocketMessageType::Close);
+    } catch (const std::exception& error) {
+      logLine(kError, std::string("WebSocket handleNewMessage threw: ") + error.what());
+    } catch (...) {
+      logLine(kError, "WebSocket handleNewMessage threw");
+    }
+  }
+
+  void onEnd(boost::beast::error_code ec) {
+    SessionErrors::fail(ec, "websocket read");
+    connected_.store(false);
+    ended_ = true;
+    closeTimer_.cancel();
+    dropQueued();
+    if (!closedNotified_) {
+      closedNotified_ = true;
+      try {
+        controller_->handleConnectionClosed(self());
+      } catch (const std::exception& error) {
+        logLine(kError, std::string("WebSocket handleConnectionClosed threw: ") + error.what());
+      } catch (...) {
+        logLine(kError, "WebSocket handleConnectionClosed threw");
+      }
+    }
+    closeSocket();
+  }
+
+  void queueClose(std::uint16_t code, const std::string& reason) {
+    if (closeQueued_ || ended_) return;
+    Outgoing item;
+    item.kind = Kind::Close;
+    item.code = code;
+    item.data = std::make_shared<const std::string>(reason.substr(0, 123));
+    enqueue(std::move(item));
+    armCloseTimer();
+  }
+
+  void enqueue(Outgoing item) {
+    if (ended_ || (closeQueued_ && item.kind != Kind::Close)) {
+      pendingBytes_.fetch_sub(item.bytes);
+      return;
+    }
+    if (item.kind == Kind::Close) closeQueued_ = true;
+    queue_.push_back(std::move(item));
+    if (queue_.size() == 1) writeNext();
+  }
+
+  void writeNext() {
+    namespace websocket = boost::beast::websocket;
+    Outgoing& item = queue_.front();
+    auto onWritten = [self = this->shared_from_this()](boost::beast::error_code ec,
+                                                       std::size_t = 0) { self->onWrite(ec); };
+    switch (item.kind) {
+      case Kind::Data:
+        ws_.text(item.text);
+        ws_.async_write(boost::asio::buffer(*item.data), onWritten);
+        break;
+      case Kind::Ping:
+        ws_.async_ping(websocket::ping_data(item.data->substr(0, 125).c_str()),
+                       [onWritten](boost::beast::error_code ec) mutable { onWritten(ec); });
+        break;
+      case Kind::Pong:
+        ws_.async_pong(websocket::ping_data(item.data->substr(0, 125).c_str()),
+                       [onWritten](boost::beast::error_code ec) mutable { onWritten(ec); });
+        break;
+      case Kind::Close:
+        ws_.async_close(websocket::close_reason(static_cast<websocket::close_code>(item.code),
+                                                *item.data),
+                        [onWritten](boost::beast::error_code ec) mutable { onWritten(ec); });
+        break;
+    }
+  }
+
+  void onWrite(boost::beast::error_code ec) {
+    pendingBytes_.fetch_sub(queue_.front().bytes);
+    queue_.pop_front();
+    if (ec) {
+      SessionErrors::fail(ec, "websocket write");
+      connected_.store(false);
+      dropQueued();
+      closeSocket();
+      return;
+    }
+    if (!queue_.empty()) writeNext();
+  }
+
+  void overflow() {
+    if (!connected_.exchange(false)) return;
+    runOnThread([self = this->shared_from_this()] {
+      logLine(kWarn, "WebSocket send queue of " + self->peer_.toIpPort() +
+                         " is full: closing the connection");
+      self->dropQueued();
+      self->queueClose(kViolation, "Send queue full");
+    });
+  }
+
+  // Everything queued but the frame being written.
+  void dropQueued() {
+    while (queue_.size() > 1) {
+      pendingBytes_.fetch_sub(queue_.back().bytes);
+      queue_.pop_back();
+    }
+  }
+
+  void armCloseTimer() {
+    closeTimer_.expires_after(kCloseGrace);
+    closeTimer_.async_wait([self = this->shared_from_this()](boost::beast::error_code ec) {
+      if (!ec) self->closeSocket();
+    });
+  }
+
+  void closeSocket() {
+    boost::beast::error_code ignored;
+    boost::beast::get_lowest_layer(ws_).close(ignored);
+  }
+
+  ServerStatePtr state_;
+  IoThreadPtr io_;
+  ConnectionLimiter::Slot slot_;
+  InetAddress peer_;
+  InetAddress local_;
+  WebSocketControllerPtr controller_;
+  HttpRequestPtr upgradeRequest_;
+  boost::beast::websocket::stream<NextLayer> ws_;
+  boost::asio::steady_timer closeTimer_;
+  boost::beast::flat_buffer readBuffer_;
+  std::deque<Outgoing> queue_;
+  std::atomic<bool> connected_{false};
+  std::atomic<std::size_t> pendingBytes_{0};
+  bool closeQueued_ = false;
+  bool ended_ = false;
+  bool closedNotified_ = false;
+};
+
+}  // namespace halvor::kelo::web
