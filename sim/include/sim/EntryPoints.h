@@ -1,27 +1,16 @@
 #pragma once
 
-// The three functions with C linkage that a plug-in library exports and the host looks up with
-// dlsym. A plug-in includes this header so that its definitions are checked against the types
-// that the host calls them through.
+// The entry points that the host looks up with dlsym in a plug-in library. Their declarations
+// with C linkage live in the host interface (tavelabi/PluginEntryPoints.h), which plug-ins
+// include; this header adds the symbol names the loader asks for.
 
-#include "tavelabi/BasePlugin.h"
-#include "tavelabi/ITavel.h"
-#include "tavelabi/Types.h"
-
-extern "C" {
-// Builds the plug-in's one object. The host deletes it through its virtual destructor.
-halvor::tavelabi::BasePlugin* create(halvor::tavelabi::ITavel* tavel);
-// Called from the host's loop; true when consume has work.
-bool produce(const halvor::tavelabi::TimePoint& now);
-// Called from the host's loop after produce.
-void consume(const halvor::tavelabi::TimePoint& now);
-}
+#include "tavelabi/PluginEntryPoints.h"
 
 namespace halvor::sim {
 
-using CreateEntryPoint = decltype(&::create);
-using ProduceEntryPoint = decltype(&::produce);
-using ConsumeEntryPoint = decltype(&::consume);
+using CreateEntryPoint = tavelabi::CreateFunction;
+using ProduceEntryPoint = tavelabi::ProduceFunction;
+using ConsumeEntryPoint = tavelabi::ConsumeFunction;
 
 inline constexpr const char* kCreateSymbol = "create";
 inline constexpr const char* kProduceSymbol = "produce";

@@ -1,6 +1,6 @@
 // A plug-in library whose create gives no object: the simulator must refuse it.
 
-#include "sim/EntryPoints.h"
+#include "tavelabi/PluginEntryPoints.h"
 
 extern "C" {
 halvor::tavelabi::BasePlugin* create(halvor::tavelabi::ITavel* /*tavel*/) { return nullptr; }

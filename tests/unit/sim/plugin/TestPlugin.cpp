@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "sim/EntryPoints.h"
+#include "tavelabi/PluginEntryPoints.h"
 #include "tavelabi/tavelabi.h"
 
 namespace {
