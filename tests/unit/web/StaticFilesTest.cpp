@@ -1,0 +1,99 @@
+#include "StaticFiles.h"
+
+#include "kelo/web/WebConfig.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+using namespace halvor::kelo::web;
+namespace fs = std::filesystem;
+
+namespace {
+
+class StaticFilesTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/kelo-static-XXXXXX";
+    ASSERT_NE(::mkdtemp(pattern), nullptr);
+    base = pattern;
+    root = base / "www";
+    fs::create_directories(root / "css");
+    write(root / "index.html", "<html>home</html>");
+    write(root / "css" / "site.css", "body{}");
+    write(root / "config.json", "{\"Password\":\"x\"}");
+    write(root / "server.key", "KEY");
+    write(root / "server.crt", "CRT");
+    write(root / "kelo.log", "LOG");
+    write(root / "notes.bin", "BIN");
+    write(base / "secret.html", "outside");
+    fs::create_symlink(base / "secret.html", root / "link.html");
+  }
+  void TearDown() override { fs::remove_all(base); }
+  static void write(const fs::path& path, const std::string& text) {
+    std::ofstream(path) << text;
+  }
+  StaticFiles files() const { return StaticFiles(root.string(), WebConfig().fileTypes); }
+
+  fs::path base;
+  fs::path root;
+};
+
+TEST_F(StaticFilesTest, ServesFilesOfAdmittedTypes) {
+  EXPECT_EQ(files().resolve("/css/site.css"), (root / "css" / "site.css").string());
+  EXPECT_EQ(files().resolve("/index.html"), (root / "index.html").string());
+}
+
+TEST_F(StaticFilesTest, RootAndDirectoriesMeanTheirIndex) {
+  EXPECT_EQ(files().resolve("/"), (root / "index.html").string());
+  EXPECT_EQ(files().resolve(""), (root / "index.html").string());
+  EXPECT_EQ(files().resolve("/css"), "");  // no index.html there
+}
+
+TEST_F(StaticFilesTest, NeverServesConfigurationKeysCertificatesOrLogs) {
+  std::vector<std::string> everything = {"json", "key", "crt", "pem", "log", "html"};
+  StaticFiles permissive(root.string(), everything);
+  EXPECT_EQ(permissive.resolve("/config.json"), "");
+  EXPECT_EQ(permissive.resolve("/server.key"), "");
+  EXPECT_EQ(permissive.resolve("/server.crt"), "");
+  EXPECT_EQ(permissive.resolve("/kelo.log"), "");
+  EXPECT_NE(permissive.resolve("/index.html"), "");
+}
+
+TEST_F(StaticFilesTest, OnlyListedExtensions) {
+  EXPECT_EQ(files().resolve("/notes.bin"), "");
+  StaticFiles onlyCss(root.string(), {"css"});
+  EXPECT_EQ(onlyCss.resolve("/index.html"), "");
+  EXPECT_NE(onlyCss.resolve("/css/site.css"), "");
+}
+
+TEST_F(StaticFilesTest, TraversalIsRefused) {
+  EXPECT_EQ(files().resolve("/../secret.html"), "");
+  EXPECT_EQ(files().resolve("/css/../../secret.html"), "");
+  EXPECT_EQ(files().resolve("/../www/index.html"), "");
+  EXPECT_EQ(files().resolve("..\\secret.html"), "");
+  EXPECT_EQ(files().resolve(std::string("/index.html\0.css", 16)), "");
+  // Climbing inside the root is fine.
+  EXPECT_NE(files().resolve("/css/../index.html"), "");
+}
+
+TEST_F(StaticFilesTest, SymbolicLinksOutOfTheRootAreRefused) {
+  EXPECT_EQ(files().resolve("/link.html"), "");
+}
+
+TEST_F(StaticFilesTest, MissingRootServesNothing) {
+  StaticFiles none((base / "nothing").string(), WebConfig().fileTypes);
+  EXPECT_EQ(none.resolve("/index.html"), "");
+}
+
+TEST_F(StaticFilesTest, LoadSetsContentTypeAndBody) {
+  HttpResponse response;
+  ASSERT_TRUE(StaticFiles::load((root / "css" / "site.css").string(), response));
+  EXPECT_EQ(response.body(), "body{}");
+  EXPECT_EQ(response.contentType(), CT_TEXT_CSS);
+  EXPECT_FALSE(StaticFiles::load((root / "missing.css").string(), response));
+}
+
+}  // namespace
