@@ -3,6 +3,7 @@
 #include "kelo/BackgroundTaskQueue.h"
 #include "kelo/WebKeloInterface.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
+#include "kelo/handlers/ws/WsRoutes.h"
 
 namespace halvor::kelo {
 
@@ -12,8 +13,9 @@ void Registrations::registerPluginTypes(web::HttpAppFramework& application) {
       .registerPluginType<BackgroundTaskQueue>("BackgroundTaskQueue");
 }
 
-void Registrations::registerRoutes(web::HttpAppFramework& /*application*/) {
+void Registrations::registerRoutes(web::HttpAppFramework& application) {
   // Each family of handlers adds its register function here.
+  WsRoutes::registerWsRoutes(application);
 }
 
 }  // namespace halvor::kelo

@@ -1,22 +1,51 @@
 #pragma once
 
+#include <map>
 #include <string>
 
+#include <boost/thread/mutex.hpp>
+
+#include "kelo/handlers/ws/MessageGenerator.h"
+#include "kelo/web/HttpRequest.h"
 #include "kelo/web/Plugin.h"
+#include "kelo/web/WebSocketConnection.h"
 
 namespace halvor::kelo {
 
-// Owns the host listeners behind the WebSocket subscriptions.
+class WsListenerInstance;
+
+// Owns one WsListenerInstance per distinct subscribed path and registers it with the host for
+// exactly as long as it has clients. Lock order: listenersMutex here, then an instance's
+// clientsMutex.
 class ResourceListenerManager : public web::Plugin<ResourceListenerManager> {
  public:
+  ResourceListenerManager() = default;
+  ~ResourceListenerManager() override;
+  ResourceListenerManager(const ResourceListenerManager&) = delete;
+  ResourceListenerManager& operator=(const ResourceListenerManager&) = delete;
+
   void initAndStart(const Json::Value& config) override;
   void shutdown() override;
 
-  // The plug-in's logger, set once by the beginning advice.
+  // The plug-in's logger, set once by the beginning advice and copied into each new instance.
   void setLoggerId(const std::string& id);
+
+  // Subscribes the connection to `path`. The first existing key whose glob matches `path` ends
+  // the search; a new instance is made only when none matched, and the client then goes to the
+  // instance of exactly `path` (std::out_of_range when a wider key matched).
+  void addListenerAndClient(const web::HttpRequestPtr& req, const web::WebSocketConnectionPtr& conn,
+                            MessageGenerator generator, std::string path, std::string sessionId);
+  // Asks every instance to drop the connection; instances left without clients are unregistered
+  // from the host and deleted.
+  void removeClient(const web::WebSocketConnectionPtr& conn);
+  // At shutdown: closes every client and unregisters every instance.
+  void removeAllClients();
+  std::map<std::string, WsListenerInstance*>& getListeners();
 
  private:
   std::string loggerId;
+  std::map<std::string, WsListenerInstance*> listeners;  // owned
+  boost::mutex listenersMutex;
 };
 
 }  // namespace halvor::kelo

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include <boost/thread/shared_mutex.hpp>
+
+#include "kelo/handlers/ws/ClientConnection.h"
+#include "kelo/handlers/ws/MessageGenerator.h"
+#include "kelo/web/HttpRequest.h"
+#include "kelo/web/WebSocketConnection.h"
+#include "tavelabi/IResourceListener.h"
+#include "tavelabi/ResourceAction.h"
+#include "tavelabi/Types.h"
+
+namespace halvor::kelo {
+
+// The host listener of one subscribed path (a glob is allowed) and the clients of that path.
+// The host calls processResourceListener on its own thread for every Create and Update that
+// matches; each client then gets its own rendering, made with its own session, as long as its
+// address is in the connectivity table.
+class WsListenerInstance : public tavelabi::AbstractResourceListener {
+ public:
+  static constexpr const char* kConnectivitiesPath = "/kelo/websocketConnectivities";
+
+  WsListenerInstance(const std::string& path, std::string loggerId);
+
+  operator std::string() override;  // NOLINT(google-explicit-constructor)
+  void processResourceListener(const tavelabi::TimePoint& now,
+                               tavelabi::ResourceAction& action) override;
+
+  // The peer's address and port immediately followed by this instance's pattern.
+  std::string generateConnectionUuid(const web::WebSocketConnectionPtr& conn);
+  // Renders and sends one push to one client; logs and swallows every failure.
+  void sendWebsocket(ClientConnection client, tavelabi::ResourceAction& action);
+  // Shuts the client's connection down (1000) and forgets it, or logs that it is not here.
+  void removeClient(const web::WebSocketConnectionPtr& conn);
+  void removeAllClients();
+  // A client whose key is here already keeps its old entry.
+  void addNewClient(const web::HttpRequestPtr& req, const web::WebSocketConnectionPtr& conn,
+                    std::string sessionId, MessageGenerator generator);
+  std::map<std::string, ClientConnection> getClients();
+  bool hasClients();
+
+ private:
+  // The addresses whose heartbeat is alive, read from the host under the plug-in's session.
+  static tavelabi::ResourceValue::Map readConnectivities();
+
+  boost::shared_mutex clientsMutex;
+  std::string loggerId;
+  std::map<std::string, ClientConnection> clients;
+};
+
+}  // namespace halvor::kelo

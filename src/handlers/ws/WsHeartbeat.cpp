@@ -1,0 +1,45 @@
+#include "kelo/handlers/ws/WsHeartbeat.h"
+
+#include "kelo/handlers/ws/WsListenerInstance.h"
+#include "tavelabi/ITavel.h"
+#include "tavelabi/ResourceAction.h"
+#include "tavelabi/TermTint.h"
+
+namespace halvor::kelo {
+
+void WsHeartbeat::initialSetupAndMessage(const web::HttpRequestPtr& /*req*/,
+                                         const web::WebSocketConnectionPtr& conn,
+                                         std::string /*sessionId*/) {
+  const std::string ip = conn->peerAddr().toIp();
+  KELO_LOG(INFO, loggerId()) << TermTint::bright_color(36) << "start heartbeat with " << ip
+                             << TermTint::color(0);
+  extendHeartbeatCount(ip);
+  conn->send("pong", web::WebSocketMessageType::Text);
+}
+
+void WsHeartbeat::handleNewMessage(const web::WebSocketConnectionPtr& conn,
+                                   std::string&& /*message*/,
+                                   const web::WebSocketMessageType& /*type*/) {
+  const std::string ip = conn->peerAddr().toIp();
+  extendHeartbeatCount(ip);
+  conn->send("pong", web::WebSocketMessageType::Text);
+}
+
+void WsHeartbeat::extendHeartbeatCount(std::string ip) {
+  KELO_LOG(DEBUG, loggerId()) << "received ping from client " << ip << " extend heartbeat count";
+  WebKeloInterface* plugin = keloInterface();
+  tavelabi::IPluginInfo* info = plugin->pluginInfo;
+  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, WsListenerInstance::kConnectivitiesPath,
+                                info, info->getSessionId());
+  const tavelabi::Resource answer = plugin->tavel->processResourceAction(read);
+  tavelabi::ResourceValue::Map connectivities = answer.values.at("value").getMapValue();
+
+  connectivities[ip] = tavelabi::ResourceValue(static_cast<int>(kHeartbeatCount));
+
+  tavelabi::ResourceAction update(tavelabi::CCRUD::Update, WsListenerInstance::kConnectivitiesPath,
+                                  tavelabi::Resource(tavelabi::ResourceValue(connectivities)),
+                                  info, info->getSessionId());
+  plugin->tavel->processResourceAction(update);
+}
+
+}  // namespace halvor::kelo

@@ -1,0 +1,118 @@
+#include "kelo/handlers/ws/WsListenerInstance.h"
+
+#include <mutex>
+#include <shared_mutex>
+#include <sstream>
+#include <utility>
+
+#include <boost/exception/diagnostic_information.hpp>
+
+#include "kelo/KeloLog.h"
+#include "kelo/WebKeloInterface.h"
+#include "kelo/web/HttpAppFramework.h"
+#include "tavelabi/ITavel.h"
+
+namespace halvor::kelo {
+
+namespace {
+
+WebKeloInterface* keloInterface() { return web::app().getPlugin<WebKeloInterface>(); }
+
+}  // namespace
+
+WsListenerInstance::WsListenerInstance(const std::string& path, std::string loggerId)
+    : tavelabi::AbstractResourceListener(path, {tavelabi::CCRUD::Create, tavelabi::CCRUD::Update}),
+      loggerId(std::move(loggerId)) {}
+
+WsListenerInstance::operator std::string() {
+  std::ostringstream text;
+  text << getPattern();
+  return text.str();
+}
+
+std::string WsListenerInstance::generateConnectionUuid(const web::WebSocketConnectionPtr& conn) {
+  return conn->peerAddr().toIpPort() + getPattern();
+}
+
+tavelabi::ResourceValue::Map WsListenerInstance::readConnectivities() {
+  WebKeloInterface* plugin = keloInterface();
+  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, kConnectivitiesPath, plugin->pluginInfo,
+                                plugin->pluginInfo->getSessionId());
+  const tavelabi::Resource answer = plugin->tavel->processResourceAction(read);
+  return answer.values.at("value").getMapValue();
+}
+
+void WsListenerInstance::processResourceListener(const tavelabi::TimePoint& /*now*/,
+                                                 tavelabi::ResourceAction& action) {
+  std::shared_lock<boost::shared_mutex> lock(clientsMutex);
+  for (const auto& entry : clients) {
+    ClientConnection client = entry.second;
+    const std::string ip = client.connection->peerAddr().toIp();
+    // One read per client and change: a heartbeat that lapsed in the middle of a fan-out counts.
+    const tavelabi::ResourceValue::Map connectivities = readConnectivities();
+    if (connectivities.count(ip) != 0) {
+      sendWebsocket(client, action);
+    } else {
+      KELO_LOG(ERROR, loggerId) << "Unable to push " << action.path << " to client " << ip
+                                << " - network connection issue";
+    }
+  }
+}
+
+void WsListenerInstance::sendWebsocket(ClientConnection client, tavelabi::ResourceAction& action) {
+  try {
+    const std::string sessionId = client.sessionId;
+    std::string message;
+    client.generator(client.request, action.resource, sessionId, message, action.path);
+    if (client.connection->connected()) {
+      client.connection->send(message, web::WebSocketMessageType::Binary);
+    }
+  } catch (...) {
+    // The client stays subscribed and the next one is served.
+    KELO_LOG(ERROR, loggerId) << "Unable to push " << action.path << " to client "
+                              << client.connection->peerAddr().toIp() << " - "
+                              << boost::current_exception_diagnostic_information();
+  }
+}
+
+void WsListenerInstance::removeClient(const web::WebSocketConnectionPtr& conn) {
+  std::unique_lock<boost::shared_mutex> lock(clientsMutex);
+  const std::string key = generateConnectionUuid(conn);
+  auto found = clients.find(key);
+  if (found == clients.end()) {
+    KELO_LOG(ERROR, loggerId) << "Could not remove. Missing client with uuid " << key << ".";
+    return;
+  }
+  found->second.connection->shutdown(1000, "");
+  clients.erase(found);
+}
+
+void WsListenerInstance::removeAllClients() {
+  std::unique_lock<boost::shared_mutex> lock(clientsMutex);
+  for (const auto& entry : clients) {
+    ClientConnection client = entry.second;
+    client.connection->shutdown(1000, "");
+  }
+  clients.clear();
+}
+
+void WsListenerInstance::addNewClient(const web::HttpRequestPtr& req,
+                                      const web::WebSocketConnectionPtr& conn,
+                                      std::string sessionId, MessageGenerator generator) {
+  std::unique_lock<boost::shared_mutex> lock(clientsMutex);
+  std::string key = generateConnectionUuid(conn);
+  ClientConnection client{key, std::move(sessionId), req, conn, std::move(generator)};
+  clients.emplace(std::move(key), std::move(client));
+}
+
+std::map<std::string, ClientConnection> WsListenerInstance::getClients() {
+  std::shared_lock<boost::shared_mutex> lock(clientsMutex);
+  return clients;
+}
+
+bool WsListenerInstance::hasClients() {
+  std::shared_lock<boost::shared_mutex> lock(clientsMutex);
+  return !clients.empty();
+}
+
+}  // namespace halvor::kelo
