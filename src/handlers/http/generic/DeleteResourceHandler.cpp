@@ -1,0 +1,18 @@
+#include "kelo/handlers/http/generic/DeleteResourceHandler.h"
+
+#include "kelo/handlers/http/KeloResourceAction.h"
+#include "kelo/handlers/http/generic/GenericResourceHelpers.h"
+
+namespace halvor::kelo {
+
+void DeleteResourceHandler::processHttpRequest(const web::HttpRequestPtr& req,
+                                               web::HttpResponsePtr& resp, tavelabi::ITavel* tavel,
+                                               tavelabi::IPluginInfo* info, std::string sessionId) {
+  const std::string path = GenericResourceHelpers::resourcePath(req);
+  KeloResourceAction action(tavelabi::CCRUD::Delete, path, info, sessionId, req);
+  // The removed resource the host answers with is of no use to the client.
+  (void)tavel->processResourceAction(action);
+  resp->setStatusCode(web::k200OK);
+}
+
+}  // namespace halvor::kelo
