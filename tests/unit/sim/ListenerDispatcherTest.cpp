@@ -149,9 +149,10 @@ TEST(ListenerDispatcherTest, NoCallAfterRemoveReturnsWhileUpdatesFly) {
   std::vector<std::thread> writers;
   for (int t = 0; t < 3; ++t) {
     writers.emplace_back([&, t] {
+      const std::string key = std::string("w").append(std::to_string(t));
       int i = 0;
       while (!stop.load()) {
-        h.run(CCRUD::Update, "/h/x", h.adminSession, Resource("w" + std::to_string(t), ResourceValue(i++)));
+        h.run(CCRUD::Update, "/h/x", h.adminSession, Resource(key, ResourceValue(i++)));
       }
     });
   }

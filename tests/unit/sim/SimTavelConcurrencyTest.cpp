@@ -148,7 +148,7 @@ class Worker {
 
   void shared(int i) {
     h_.run(CCRUD::Update, "/shared", session_,
-           Resource("t" + std::to_string(index_), ResourceValue(i)));
+           Resource(std::string("t").append(std::to_string(index_)), ResourceValue(i)));
     ++dispatchable;
   }
 
