@@ -44,7 +44,8 @@ int blockStopSignals() {
 
 std::vector<halvor::sim::Fixture> loadFixtures(const std::vector<std::string>& files) {
   std::vector<halvor::sim::Fixture> fixtures;
-  for (const std::string& file : files) fixtures.push_back(halvor::sim::FixtureLoader::loadFile(file));
+  for (const std::string& file : files)
+    fixtures.push_back(halvor::sim::FixtureLoader::loadFile(file));
   return fixtures;
 }
 

@@ -18,8 +18,8 @@ DemoModels::DemoModels(SimTavel& host) : host_(host) {}
 void DemoModels::tick(const tavelabi::TimePoint& now) {
   if (created_ && now - lastUpdate_ < std::chrono::seconds(1)) return;
   CCRUD verb = created_ ? CCRUD::Update : CCRUD::Create;
-  ResourceAction clock(verb, kClockPath, Resource(ResourceValue(RandomText::isoTimeNow())),
-                       nullptr, "");
+  ResourceAction clock(verb, kClockPath, Resource(ResourceValue(RandomText::isoTimeNow())), nullptr,
+                       "");
   host_.processInternalAction(clock);
   ResourceAction counter(verb, kCounterPath, Resource(ResourceValue(counter_)), nullptr, "");
   host_.processInternalAction(counter);

@@ -44,8 +44,8 @@ FixtureUser userFromJson(const Json::Value& json, const std::string& where,
   user.password = requiredText(json, "password", where, source);
   user.role = requiredText(json, "role", where, source);
   if (!AccessRights::parseRole(user.role)) {
-    fail(source, where + ": unknown role \"" + user.role +
-                     "\" (administrator, operator or read-only)");
+    fail(source,
+         where + ": unknown role \"" + user.role + "\" (administrator, operator or read-only)");
   }
   user.autoLoginHosts = textList(json["autoLoginHosts"], where + ".autoLoginHosts", source);
   return user;

@@ -80,8 +80,9 @@ ResourceValue mapFromJson(const Json::Value& content, const std::string& where) 
 
 ResourceValue ResourceJson::valueFromJson(const Json::Value& json, const std::string& where) {
   if (!json.isObject() || json.size() != 1) {
-    fail(where, "a value is an object with one key naming its type "
-                "(int, string, float, double, bool, bytes, list, map, unspecified)");
+    fail(where,
+         "a value is an object with one key naming its type "
+         "(int, string, float, double, bool, bytes, list, map, unspecified)");
   }
   const std::string type = json.getMemberNames().front();
   const Json::Value& content = json[type];

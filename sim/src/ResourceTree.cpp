@@ -14,7 +14,8 @@ std::string ResourceTree::missingText(const std::string& path) { return "No reso
 Resource ResourceTree::read(const std::string& path) const {
   std::shared_lock lock(mutex_);
   auto found = resources_.find(path);
-  if (found == resources_.end()) throw tavelabi::NonExistentResourcePathException(missingText(path));
+  if (found == resources_.end())
+    throw tavelabi::NonExistentResourcePathException(missingText(path));
   return found->second;
 }
 
@@ -38,7 +39,8 @@ Resource ResourceTree::update(const std::string& path, const Resource& resource,
                               const Observer& observer) {
   std::unique_lock lock(mutex_);
   auto found = resources_.find(path);
-  if (found == resources_.end()) throw tavelabi::NonExistentResourcePathException(missingText(path));
+  if (found == resources_.end())
+    throw tavelabi::NonExistentResourcePathException(missingText(path));
   for (const auto& [key, value] : resource.values) found->second.updateValue(key, value);
   if (observer) observer(found->second);
   return found->second;
@@ -47,7 +49,8 @@ Resource ResourceTree::update(const std::string& path, const Resource& resource,
 Resource ResourceTree::remove(const std::string& path) {
   std::unique_lock lock(mutex_);
   auto found = resources_.find(path);
-  if (found == resources_.end()) throw tavelabi::NonExistentResourcePathException(missingText(path));
+  if (found == resources_.end())
+    throw tavelabi::NonExistentResourcePathException(missingText(path));
   Resource removed = std::move(found->second);
   resources_.erase(found);
   return removed;

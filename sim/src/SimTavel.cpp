@@ -93,8 +93,7 @@ void SimTavel::addResourceListener(IPluginInfo* plugin, tavelabi::IResourceListe
   listeners_.add(plugin, listener);
 }
 
-void SimTavel::removeResourceListener(IPluginInfo* plugin,
-                                      tavelabi::IResourceListener* listener) {
+void SimTavel::removeResourceListener(IPluginInfo* plugin, tavelabi::IResourceListener* listener) {
   listeners_.remove(plugin, listener);
 }
 
@@ -120,9 +119,10 @@ void SimTavel::addUser(const FixtureUser& user) {
   std::optional<Role> role = AccessRights::parseRole(user.role);
   if (!role) throw std::invalid_argument("user " + user.name + " has unknown role " + user.role);
   std::string guid = RandomText::guid();
-  ResourceValue::Map roleEntry{{"guid", ResourceValue(std::string(AccessRights::roleName(*role)))},
-                               {"roleName", ResourceValue(std::string(AccessRights::roleName(*role)))},
-                               {"visible", ResourceValue(true)}};
+  ResourceValue::Map roleEntry{
+      {"guid", ResourceValue(std::string(AccessRights::roleName(*role)))},
+      {"roleName", ResourceValue(std::string(AccessRights::roleName(*role)))},
+      {"visible", ResourceValue(true)}};
   Resource resource;
   resource.values["username"] = ResourceValue(user.name);
   resource.values["password"] = ResourceValue(user.password);

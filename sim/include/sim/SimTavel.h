@@ -46,7 +46,8 @@ class SimTavel : public tavelabi::ITavel {
   SimTavel& operator=(const SimTavel&) = delete;
 
   // ITavel
-  void setPluginStatus(tavelabi::IPluginInfo* plugin, const tavelabi::PluginStatus& status) override;
+  void setPluginStatus(tavelabi::IPluginInfo* plugin,
+                       const tavelabi::PluginStatus& status) override;
   tavelabi::Resource processResourceAction(tavelabi::ResourceAction& action) override;
   void addResourceListener(tavelabi::IPluginInfo* plugin,
                            tavelabi::IResourceListener* listener) override;

@@ -1,6 +1,6 @@
-#include "sim/AccessRights.h"
-
 #include <gtest/gtest.h>
+
+#include "sim/AccessRights.h"
 
 namespace halvor::sim {
 namespace {

@@ -1,8 +1,8 @@
-#include "sim/CommandLine.h"
-
 #include <gtest/gtest.h>
 
 #include <vector>
+
+#include "sim/CommandLine.h"
 
 namespace halvor::sim {
 namespace {
@@ -22,11 +22,11 @@ std::string errorOf(std::vector<const char*> args) {
 }
 
 TEST(CommandLineTest, ReadsEveryOption) {
-  CommandLineOptions options = parse({"--plugin", "p.so", "--log-config", "log.conf", "--config",
-                                      "c.json", "--web-config", "w.json", "--fixture", "a.json",
-                                      "--fixture", "b.json", "--session", "S1=admin", "--session",
-                                      "S2=viewer", "--session-timeout", "30", "--plugin-id", "4",
-                                      "--no-demo-models"});
+  CommandLineOptions options = parse(
+      {"--plugin",     "p.so",     "--log-config",    "log.conf",  "--config",          "c.json",
+       "--web-config", "w.json",   "--fixture",       "a.json",    "--fixture",         "b.json",
+       "--session",    "S1=admin", "--session",       "S2=viewer", "--session-timeout", "30",
+       "--plugin-id",  "4",        "--no-demo-models"});
   EXPECT_EQ("p.so", options.pluginPath);
   EXPECT_EQ("log.conf", options.logConfigFile);
   EXPECT_EQ("c.json", options.configFile);
@@ -63,9 +63,9 @@ TEST(CommandLineTest, ErrorsSayWhatIsWrong) {
 
 TEST(CommandLineTest, UsageNamesEveryOption) {
   std::string usage = CommandLine::usage();
-  for (const char* option : {"--plugin", "--log-config", "--config", "--web-config", "--fixture",
-                             "--session ", "--session-timeout", "--plugin-id", "--no-demo-models",
-                             "--help"}) {
+  for (const char* option :
+       {"--plugin", "--log-config", "--config", "--web-config", "--fixture", "--session ",
+        "--session-timeout", "--plugin-id", "--no-demo-models", "--help"}) {
     EXPECT_NE(std::string::npos, usage.find(option)) << option;
   }
 }

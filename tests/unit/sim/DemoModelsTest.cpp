@@ -1,8 +1,7 @@
-#include "sim/DemoModels.h"
-
 #include <gtest/gtest.h>
 
 #include "SimTestSupport.h"
+#include "sim/DemoModels.h"
 
 namespace halvor::sim {
 namespace {

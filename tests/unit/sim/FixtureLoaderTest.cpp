@@ -1,9 +1,9 @@
-#include "sim/FixtureLoader.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <fstream>
+
+#include "sim/FixtureLoader.h"
 
 namespace halvor::sim {
 namespace {
@@ -36,7 +36,8 @@ TEST(FixtureLoaderTest, ReadsUsersResourcesRulesAndTimeout) {
     },
     "autoLogin": [{"host": "10.0.0.5", "user": "admin"}],
     "sessionTimeoutSeconds": 60
-  })", "inline");
+  })",
+                                         "inline");
   ASSERT_EQ(2u, fixture.users.size());
   EXPECT_EQ("wall", fixture.users[1].name);
   EXPECT_EQ("read-only", fixture.users[1].role);
@@ -78,8 +79,7 @@ TEST(FixtureLoaderTest, WrongShapesAreNamed) {
             errorOf(R"({"users": [{"name": "a", "role": "operator"}]})").find("\"password\""));
   EXPECT_NE(std::string::npos,
             errorOf(R"({"resources": {"/a": {"v": {"int": "x"}}}})").find("/a.v"));
-  EXPECT_NE(std::string::npos,
-            errorOf(R"({"resources": {"a": {}}})").find("must start with /"));
+  EXPECT_NE(std::string::npos, errorOf(R"({"resources": {"a": {}}})").find("must start with /"));
   EXPECT_NE(std::string::npos,
             errorOf(R"({"sessionTimeoutSeconds": 0})").find("sessionTimeoutSeconds"));
 }

@@ -1,5 +1,3 @@
-#include "sim/ListenerDispatcher.h"
-
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -7,6 +5,7 @@
 #include <vector>
 
 #include "SimTestSupport.h"
+#include "sim/ListenerDispatcher.h"
 #include "sim/SimTavel.h"
 #include "tavelabi/Exceptions.h"
 
@@ -122,7 +121,8 @@ TEST(ListenerDispatcherTest, ExceptionIsPrintedAndDispatchGoesOn) {
   std::string err = ::testing::internal::GetCapturedStderr();
   EXPECT_EQ(2, thrown.load());
   EXPECT_EQ(2u, second.calls().size());
-  EXPECT_NE(std::string::npos, err.find("recording listener on /e failed on Create /e: listener broke"))
+  EXPECT_NE(std::string::npos,
+            err.find("recording listener on /e failed on Create /e: listener broke"))
       << err;
   h.host->removeResourceListener(&h.info, &throwing);
   h.host->removeResourceListener(&h.info, &second);

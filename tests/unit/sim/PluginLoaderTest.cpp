@@ -1,5 +1,3 @@
-#include "sim/PluginLoader.h"
-
 #include <gtest/gtest.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -10,6 +8,7 @@
 
 #include "SimTestSupport.h"
 #include "sim/HostLoop.h"
+#include "sim/PluginLoader.h"
 
 namespace halvor::sim {
 namespace {
@@ -24,9 +23,9 @@ std::string writeFile(const std::string& name, const std::string& text) {
 }
 
 std::string configFile(const std::string& password, bool throwInConsume = false) {
-  return writeFile("plugin-loader-config.json",
-                   R"({"UserName": "kelo", "Password": ")" + password +
-                       R"(", "throwInConsume": )" + (throwInConsume ? "true" : "false") + "}");
+  return writeFile("plugin-loader-config.json", R"({"UserName": "kelo", "Password": ")" + password +
+                                                    R"(", "throwInConsume": )" +
+                                                    (throwInConsume ? "true" : "false") + "}");
 }
 
 struct LoadedPlugin {
@@ -92,9 +91,8 @@ TEST(PluginLoaderTest, MissingEntryPointIsNamed) {
     FAIL() << "no exception";
   } catch (const PluginLoadError& error) {
     std::string text = error.what();
-    EXPECT_NE(std::string::npos,
-              text.find(std::string("plug-in ") + INCOMPLETE_PLUGIN_PATH +
-                        " lacks the entry point produce"))
+    EXPECT_NE(std::string::npos, text.find(std::string("plug-in ") + INCOMPLETE_PLUGIN_PATH +
+                                           " lacks the entry point produce"))
         << text;
   }
 }
@@ -139,8 +137,7 @@ TEST(PluginLoaderTest, HostLoopCallsProduceAndConsumeAboutAHundredTimesASecond) 
   std::this_thread::sleep_for(std::chrono::seconds(1));
   stop.signal();
   runner.join();
-  double seconds =
-      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   auto [produced, consumed] = loaded.counts();
   EXPECT_EQ(produced, consumed);
   EXPECT_EQ(produced, loop.passes());

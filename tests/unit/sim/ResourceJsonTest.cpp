@@ -1,9 +1,9 @@
-#include "sim/ResourceJson.h"
-
 #include <gtest/gtest.h>
 #include <json/reader.h>
 
 #include <memory>
+
+#include "sim/ResourceJson.h"
 
 namespace halvor::sim {
 namespace {

@@ -1,7 +1,6 @@
-#include "sim/ResourceTree.h"
-
 #include <gtest/gtest.h>
 
+#include "sim/ResourceTree.h"
 #include "tavelabi/Exceptions.h"
 
 namespace halvor::sim {
@@ -80,7 +79,8 @@ TEST(ResourceTreeTest, ObserverSeesTheStoredResource) {
   ResourceTree tree;
   tree.create("/x", Resource("a", ResourceValue(1)));
   Resource seen;
-  tree.update("/x", Resource("b", ResourceValue(2)), [&](const Resource& stored) { seen = stored; });
+  tree.update("/x", Resource("b", ResourceValue(2)),
+              [&](const Resource& stored) { seen = stored; });
   EXPECT_EQ(2u, seen.values.size());
 }
 

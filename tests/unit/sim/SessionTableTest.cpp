@@ -1,10 +1,9 @@
-#include "sim/SessionTable.h"
-
 #include <gtest/gtest.h>
 
 #include <set>
 
 #include "SimTestSupport.h"
+#include "sim/SessionTable.h"
 #include "tavelabi/Exceptions.h"
 
 namespace halvor::sim {

@@ -62,9 +62,7 @@ class Worker {
   std::string firstError;
 
  private:
-  std::string ownPath() {
-    return prefix() + "/p" + std::to_string(random_() % kPathsPerThread);
-  }
+  std::string ownPath() { return prefix() + "/p" + std::to_string(random_() % kPathsPerThread); }
 
   void step(int i) {
     switch (random_() % 10) {
@@ -105,8 +103,8 @@ class Worker {
       expectMissing([&] { h_.run(CCRUD::Read, path, session_); });
       return;
     }
-    Resource answer = h_.run(CCRUD::Read, path, session_,
-                             Resource(SimTavel::kBypassKey, ResourceValue(true)));
+    Resource answer =
+        h_.run(CCRUD::Read, path, session_, Resource(SimTavel::kBypassKey, ResourceValue(true)));
     if (answer.values.at("value").getIntValue() != expected->second) ++unexpected;
   }
 

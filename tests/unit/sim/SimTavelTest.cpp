@@ -1,8 +1,7 @@
-#include "sim/SimTavel.h"
-
 #include <gtest/gtest.h>
 
 #include "SimTestSupport.h"
+#include "sim/SimTavel.h"
 #include "tavelabi/Exceptions.h"
 #include "tavelabi/Session.h"
 
@@ -93,8 +92,8 @@ TEST(SimTavelTest, ResourceListAnswersPathsInOrder) {
   for (const char* path : {"/px3/b", "/px3/a", "/px3/a/x", "/sys"}) {
     h.run(CCRUD::Create, path, h.adminSession);
   }
-  Resource answer = h.run(CCRUD::Command, "/resource/list", h.viewerSession,
-                          text("value", "/px3/*"));
+  Resource answer =
+      h.run(CCRUD::Command, "/resource/list", h.viewerSession, text("value", "/px3/*"));
   const auto& list = answer.values.at("value").getListValue();
   ASSERT_EQ(2u, list.size());
   EXPECT_EQ("/px3/a", list[0].getStringValue());
@@ -105,9 +104,9 @@ TEST(SimTavelTest, ResourceListAnswersPathsInOrder) {
 
 TEST(SimTavelTest, UnknownCommandIsANonExistentPath) {
   HostWithUsers h;
-  EXPECT_EQ("No resource at /command/unknown",
-            messageOf<NonExistentResourcePathException>(
-                [&] { h.run(CCRUD::Command, "/command/unknown", h.adminSession); }));
+  EXPECT_EQ("No resource at /command/unknown", messageOf<NonExistentResourcePathException>([&] {
+              h.run(CCRUD::Command, "/command/unknown", h.adminSession);
+            }));
 }
 
 TEST(SimTavelTest, CommandListenerRunsOnCallersThreadAndWritesTheAnswer) {
@@ -117,8 +116,8 @@ TEST(SimTavelTest, CommandListenerRunsOnCallersThreadAndWritesTheAnswer) {
     action.resource = Resource("applied", ResourceValue(true));
   };
   h.host->addResourceListener(&h.info, &listener);
-  Resource answer = h.run(CCRUD::Command, "/command/applyCertificate", h.adminSession,
-                          text("file", "x.pem"));
+  Resource answer =
+      h.run(CCRUD::Command, "/command/applyCertificate", h.adminSession, text("file", "x.pem"));
   EXPECT_TRUE(answer.values.at("applied").getBoolValue());
   auto calls = listener.calls();
   ASSERT_EQ(1u, calls.size());
@@ -134,8 +133,9 @@ TEST(SimTavelTest, CommandListenerExceptionReachesTheCaller) {
   testing::RecordingListener listener("/command/fail", {CCRUD::Command});
   listener.onCall = [](ResourceAction&) { throw std::runtime_error("listener says no"); };
   h.host->addResourceListener(&h.info, &listener);
-  EXPECT_EQ("listener says no", messageOf<std::runtime_error>(
-                                    [&] { h.run(CCRUD::Command, "/command/fail", h.adminSession); }));
+  EXPECT_EQ("listener says no", messageOf<std::runtime_error>([&] {
+              h.run(CCRUD::Command, "/command/fail", h.adminSession);
+            }));
   h.host->removeResourceListener(&h.info, &listener);
 }
 
@@ -160,8 +160,8 @@ TEST(SimTavelTest, PluginStatusIsPrintedAndKept) {
   SimTavelOptions options;
   HostWithUsers h(options);
   ::testing::internal::CaptureStdout();
-  h.host->setPluginStatus(&h.info, tavelabi::PluginStatus(tavelabi::PluginStatus::Initializing,
-                                                          "Initializing"));
+  h.host->setPluginStatus(
+      &h.info, tavelabi::PluginStatus(tavelabi::PluginStatus::Initializing, "Initializing"));
   h.host->setPluginStatus(&h.info, tavelabi::PluginStatus(tavelabi::PluginStatus::Ok, "OK"));
   std::string out = ::testing::internal::GetCapturedStdout();
   EXPECT_NE(std::string::npos, out.find("[status] Tester: Initializing Initializing\n"));
@@ -194,9 +194,9 @@ TEST(SimTavelTest, PluginSessionLogsInWithConfiguredCredentials) {
   EXPECT_FALSE(session.created.empty());
   // Not logged in yet: only the session commands.
   EXPECT_THROW(h.run(CCRUD::Read, "/a", session.sessionId), AuthorizationFailure);
-  EXPECT_EQ("Invalid username or password",
-            messageOf<AuthorizationFailure>(
-                [&] { h.host->loginPlugin(&h.info, "admin", "wrong", session); }));
+  EXPECT_EQ("Invalid username or password", messageOf<AuthorizationFailure>([&] {
+              h.host->loginPlugin(&h.info, "admin", "wrong", session);
+            }));
   h.host->loginPlugin(&h.info, "admin", "admin-pw", session);
   Resource answer = h.run(CCRUD::Command, "/session/command/newSession", session.sessionId);
   EXPECT_EQ(32u, answer.values.at("sessionId").getStringValue().size());
@@ -204,16 +204,14 @@ TEST(SimTavelTest, PluginSessionLogsInWithConfiguredCredentials) {
 
 TEST(SimTavelTest, NewSessionLoginSessionReadLogout) {
   HostWithUsers h;
-  std::string client =
-      h.run(CCRUD::Command, "/session/command/newSession", h.adminSession)
-          .values.at("sessionId")
-          .getStringValue();
+  std::string client = h.run(CCRUD::Command, "/session/command/newSession", h.adminSession)
+                           .values.at("sessionId")
+                           .getStringValue();
   EXPECT_EQ("", h.run(CCRUD::Read, "/session/sessions/" + client, h.adminSession, bypass())
                     .values.at("username")
                     .getStringValue());
   EXPECT_THROW(h.run(CCRUD::Read, "/session/sessions/" + client, client), AuthorizationFailure);
-  EXPECT_EQ("Invalid username or password",
-            messageOf<AuthorizationFailure>([&] {
+  EXPECT_EQ("Invalid username or password", messageOf<AuthorizationFailure>([&] {
               h.run(CCRUD::Command, "/user/command/login", client, credentials("oper", "x"));
             }));
   EXPECT_THROW(h.run(CCRUD::Command, "/user/command/login", client, text("username", "oper")),
@@ -224,8 +222,7 @@ TEST(SimTavelTest, NewSessionLoginSessionReadLogout) {
                         .getStringValue());
   h.run(CCRUD::Command, "/user/command/logout", client);
   EXPECT_THROW(h.run(CCRUD::Read, "/a", client), NonExistentSessionException);
-  EXPECT_EQ("Session " + client + " does not exist",
-            messageOf<NonExistentSessionException>([&] {
+  EXPECT_EQ("Session " + client + " does not exist", messageOf<NonExistentSessionException>([&] {
               h.run(CCRUD::Read, "/session/sessions/" + client, h.adminSession, bypass());
             }));
 }
@@ -236,8 +233,7 @@ TEST(SimTavelTest, AutoLoginByHostRule) {
   std::string client = h.run(CCRUD::Command, "/session/command/newSession", h.adminSession)
                            .values.at("sessionId")
                            .getStringValue();
-  EXPECT_EQ("No auto login for host other:7000",
-            messageOf<AuthorizationFailure>([&] {
+  EXPECT_EQ("No auto login for host other:7000", messageOf<AuthorizationFailure>([&] {
               h.run(CCRUD::Command, "/user/command/autoLogin", client, text("host", "other:7000"));
             }));
   Resource answer =
@@ -267,9 +263,8 @@ TEST(SimTavelTest, SessionExpiresWhenIdleAndBypassedReadsDoNotCount) {
   options.clock = clock.function();
   options.sessionTimeout = 60s;
   HostWithUsers h(options);
-  std::string plugin = tavelabi::Session::convertResourceToSession(
-                           h.host->createPluginSession(&h.info))
-                           .sessionId;
+  std::string plugin =
+      tavelabi::Session::convertResourceToSession(h.host->createPluginSession(&h.info)).sessionId;
   h.host->loginPlugin(&h.info, "admin", "admin-pw", tavelabi::Session{plugin, "", "", ""});
   h.run(CCRUD::Create, "/a", plugin, Resource());
 
@@ -313,8 +308,7 @@ TEST(SimTavelTest, ReadOnlyUserIsRefusedWrites) {
   HostWithUsers h;
   h.run(CCRUD::Create, "/presets/active", h.adminSession, Resource(ResourceValue(1)));
   EXPECT_NO_THROW(h.run(CCRUD::Read, "/presets/active", h.viewerSession));
-  EXPECT_EQ("User viewer may not Update /presets/active",
-            messageOf<AuthorizationFailure>([&] {
+  EXPECT_EQ("User viewer may not Update /presets/active", messageOf<AuthorizationFailure>([&] {
               h.run(CCRUD::Update, "/presets/active", h.viewerSession, Resource(ResourceValue(2)));
             }));
   EXPECT_THROW(h.run(CCRUD::Create, "/x", h.viewerSession), AuthorizationFailure);
@@ -322,40 +316,35 @@ TEST(SimTavelTest, ReadOnlyUserIsRefusedWrites) {
   EXPECT_EQ("User viewer may not Command /command/restartTavel",
             messageOf<AuthorizationFailure>(
                 [&] { h.run(CCRUD::Command, "/command/restartTavel", h.viewerSession); }));
-  EXPECT_EQ(1, h.run(CCRUD::Read, "/presets/active", h.viewerSession)
-                   .values.at("value")
-                   .getIntValue());
+  EXPECT_EQ(
+      1, h.run(CCRUD::Read, "/presets/active", h.viewerSession).values.at("value").getIntValue());
   EXPECT_EQ(0u, h.host->restartRequests());
 }
 
 TEST(SimTavelTest, OperatorWritesEverythingButUsers) {
   HostWithUsers h;
   EXPECT_NO_THROW(h.run(CCRUD::Create, "/presets/active", h.operatorSession));
-  EXPECT_NO_THROW(h.run(CCRUD::Update, "/presets/active", h.operatorSession,
-                        Resource(ResourceValue(2))));
+  EXPECT_NO_THROW(
+      h.run(CCRUD::Update, "/presets/active", h.operatorSession, Resource(ResourceValue(2))));
   EXPECT_NO_THROW(h.run(CCRUD::Delete, "/presets/active", h.operatorSession));
-  EXPECT_EQ("User oper may not Update /user/users/viewer",
-            messageOf<AuthorizationFailure>([&] {
+  EXPECT_EQ("User oper may not Update /user/users/viewer", messageOf<AuthorizationFailure>([&] {
               h.run(CCRUD::Update, "/user/users/viewer", h.operatorSession,
                     text("role", "administrator"));
             }));
   EXPECT_THROW(h.run(CCRUD::Create, "/user/users/new", h.operatorSession), AuthorizationFailure);
-  EXPECT_THROW(h.run(CCRUD::Delete, "/user/users/viewer", h.operatorSession),
-               AuthorizationFailure);
-  EXPECT_EQ("read-only",
-            h.host->peek("/user/users/viewer")->values.at("role").getStringValue());
+  EXPECT_THROW(h.run(CCRUD::Delete, "/user/users/viewer", h.operatorSession), AuthorizationFailure);
+  EXPECT_EQ("read-only", h.host->peek("/user/users/viewer")->values.at("role").getStringValue());
 }
 
 TEST(SimTavelTest, AdministratorManagesUsersAndRoleChangesApply) {
   HostWithUsers h;
   h.run(CCRUD::Update, "/user/users/viewer", h.adminSession, text("role", "operator"));
   EXPECT_NO_THROW(h.run(CCRUD::Create, "/x", h.viewerSession));
-  h.run(CCRUD::Create, "/user/users/new", h.adminSession,
-        [] {
-          Resource user = credentials("new", "npw");
-          user.values["role"] = ResourceValue(std::string("read-only"));
-          return user;
-        }());
+  h.run(CCRUD::Create, "/user/users/new", h.adminSession, [] {
+    Resource user = credentials("new", "npw");
+    user.values["role"] = ResourceValue(std::string("read-only"));
+    return user;
+  }());
   std::string client = h.run(CCRUD::Command, "/session/command/newSession", h.adminSession)
                            .values.at("sessionId")
                            .getStringValue();
@@ -372,8 +361,7 @@ TEST(SimTavelTest, PasswordChange) {
   change.values["username"] = ResourceValue(std::string("oper"));
   change.values["oldPassword"] = ResourceValue(std::string("oper-pw"));
   change.values["newPassword"] = ResourceValue(std::string("fresh"));
-  EXPECT_EQ("oper", h.run(CCRUD::Command, "/user/command/changePassword", h.operatorSession,
-                          change)
+  EXPECT_EQ("oper", h.run(CCRUD::Command, "/user/command/changePassword", h.operatorSession, change)
                         .values.at("username")
                         .getStringValue());
   EXPECT_NO_THROW(h.host->loginPlugin(&h.info, "oper", "fresh",

@@ -65,8 +65,8 @@ class RecordingListener : public tavelabi::AbstractResourceListener {
                                tavelabi::ResourceAction& action) override {
     if (onCall) onCall(action);
     std::lock_guard lock(mutex_);
-    calls_.push_back({action.action, action.path, action.resource, std::this_thread::get_id(),
-                      action.hopCount});
+    calls_.push_back(
+        {action.action, action.path, action.resource, std::this_thread::get_id(), action.hopCount});
   }
 
   std::vector<Call> calls() const {
@@ -103,8 +103,7 @@ struct HostWithUsers {
     return options;
   }
 
-  tavelabi::Resource run(tavelabi::CCRUD verb, const std::string& path,
-                         const std::string& session,
+  tavelabi::Resource run(tavelabi::CCRUD verb, const std::string& path, const std::string& session,
                          const tavelabi::Resource& resource = tavelabi::Resource()) {
     tavelabi::ResourceAction action(verb, path, resource, &info, session);
     return host->processResourceAction(action);

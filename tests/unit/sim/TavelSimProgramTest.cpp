@@ -1,7 +1,7 @@
 // Runs the real tavel-sim program as a child process with the test plug-in.
 
-#include <gtest/gtest.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -71,7 +71,8 @@ class SimProcess {
   }
 
   // Waits until standard output holds the text; false after the timeout or when it exited.
-  bool waitForOutput(const std::string& text, std::chrono::seconds timeout = std::chrono::seconds(20)) {
+  bool waitForOutput(const std::string& text,
+                     std::chrono::seconds timeout = std::chrono::seconds(20)) {
     auto deadline = Clock::now() + timeout;
     while (Clock::now() < deadline) {
       if (out().find(text) != std::string::npos) return true;
@@ -121,8 +122,8 @@ std::string pluginConfig(const std::string& extra = "") {
 }
 
 std::vector<std::string> standardArgs(const std::string& config) {
-  return {"--plugin", TEST_PLUGIN_PATH, "--log-config", "log.conf", "--config", config,
-          "--fixture", demoFixture(), "--plugin-id", "5"};
+  return {"--plugin", TEST_PLUGIN_PATH, "--log-config", "log.conf",    "--config",
+          config,     "--fixture",      demoFixture(),  "--plugin-id", "5"};
 }
 
 long numberAfter(const std::string& text, const std::string& key) {
@@ -147,8 +148,8 @@ TEST(TavelSimProgramTest, RunsThePluginAndStopsCleanlyOnSigterm) {
   EXPECT_NE(std::string::npos, out.find("[status] TestPlugin: Initializing Initializing\n"));
   EXPECT_NE(std::string::npos, out.find("[status] TestPlugin: Stopped stopped produce="));
   long produced = numberAfter(out, "Stopped stopped produce=");
-  long consumed = numberAfter(out, "Stopped stopped produce=" + std::to_string(produced) +
-                                       " consume=");
+  long consumed =
+      numberAfter(out, "Stopped stopped produce=" + std::to_string(produced) + " consume=");
   EXPECT_EQ(produced, consumed);
   double rate = static_cast<double>(produced) / seconds;
   EXPECT_GE(rate, 30.0) << produced << " calls in " << seconds << " s";
@@ -176,7 +177,8 @@ TEST(TavelSimProgramTest, PreMadeSessionsAndNoDemoModels) {
   EXPECT_EQ(0, sim.waitForExit());
   std::string out = sim.out();
   EXPECT_NE(std::string::npos, out.find("test-plugin: session S-42 user operator\n")) << out;
-  EXPECT_NE(std::string::npos, out.find("test-plugin: no demo counter: No resource at /demo/counter"))
+  EXPECT_NE(std::string::npos,
+            out.find("test-plugin: no demo counter: No resource at /demo/counter"))
       << out;
 }
 

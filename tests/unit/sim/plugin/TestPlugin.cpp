@@ -44,11 +44,9 @@ class TestPlugin : public halvor::tavelabi::BasePlugin {
     throwInConsume_ = config["throwInConsume"].asBool();
     if (!logIn(config["UserName"].asString(), config["Password"].asString())) return;
     try {
-      halvor::tavelabi::ResourceAction started(halvor::tavelabi::CCRUD::Create,
-                                               "/testplugin/started",
-                                               halvor::tavelabi::Resource(
-                                                   halvor::tavelabi::ResourceValue(true)),
-                                               this, getSessionId());
+      halvor::tavelabi::ResourceAction started(
+          halvor::tavelabi::CCRUD::Create, "/testplugin/started",
+          halvor::tavelabi::Resource(halvor::tavelabi::ResourceValue(true)), this, getSessionId());
       getTavelInterface()->processResourceAction(started);
     } catch (const std::exception& error) {
       report(PluginStatus::RuntimeFailure, error.what());
@@ -84,8 +82,8 @@ class TestPlugin : public halvor::tavelabi::BasePlugin {
   bool logIn(const std::string& user, const std::string& password) {
     auto* host = getTavelInterface();
     try {
-      auto session = halvor::tavelabi::Session::convertResourceToSession(
-          host->createPluginSession(this));
+      auto session =
+          halvor::tavelabi::Session::convertResourceToSession(host->createPluginSession(this));
       setSessionId(session.sessionId);
       host->loginPlugin(this, user, password, session);
       return true;
