@@ -1,0 +1,198 @@
+#include "kelo/handlers/ws/WsListenerInstance.h"
+
+#include <memory>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+#include "kelo/handlers/ws/WsResource.h"
+#include "unit/ws/WsTestSupport.h"
+
+namespace halvor::kelo::test {
+namespace {
+
+using tavelabi::CCRUD;
+
+class WsListenerInstanceTest : public ::testing::Test {
+ protected:
+  WsListenerInstanceTest() { unitHost.setConnectivity("127.0.0.1", 5); }
+
+  tavelabi::ResourceAction updateOf(const std::string& path, int value) {
+    return tavelabi::ResourceAction(CCRUD::Update, path,
+                                    tavelabi::Resource(tavelabi::ResourceValue(value)), nullptr,
+                                    "");
+  }
+
+  WsUnitHost unitHost;
+  LogCapture log{WsUnitHost::kLoggerId};
+  WsListenerInstance instance{"/system/alarms/active", WsUnitHost::kLoggerId};
+  std::string session = unitHost.openSession();
+};
+
+TEST_F(WsListenerInstanceTest, ListensToCreateAndUpdateOnly) {
+  EXPECT_TRUE(instance.hasAction(CCRUD::Create));
+  EXPECT_TRUE(instance.hasAction(CCRUD::Update));
+  EXPECT_FALSE(instance.hasAction(CCRUD::Read));
+  EXPECT_FALSE(instance.hasAction(CCRUD::Delete));
+  EXPECT_FALSE(instance.hasAction(CCRUD::Command));
+  EXPECT_EQ(static_cast<std::string>(instance), "/system/alarms/active");
+}
+
+TEST_F(WsListenerInstanceTest, KeyIsPeerAddressAndPortFollowedByThePattern) {
+  auto conn = std::make_shared<FakeConnection>("10.0.0.5", 41312);
+  EXPECT_EQ(instance.generateConnectionUuid(conn), "10.0.0.5:41312/system/alarms/active");
+}
+
+TEST_F(WsListenerInstanceTest, ExistingKeyKeepsTheOldEntry) {
+  auto conn = std::make_shared<FakeConnection>();
+  instance.addNewClient(upgradeRequest(), conn, "first", &WsResource::messageGenerator);
+  instance.addNewClient(upgradeRequest(), conn, "second", &WsResource::messageGenerator);
+  const auto clients = instance.getClients();
+  ASSERT_EQ(clients.size(), 1u);
+  EXPECT_EQ(clients.begin()->second.sessionId, "first");
+  EXPECT_EQ(clients.begin()->first, clients.begin()->second.uuid);
+}
+
+TEST_F(WsListenerInstanceTest, PushRendersWithTheClientsOwnGeneratorSessionAndThePathOfTheChange) {
+  auto conn = std::make_shared<FakeConnection>();
+  std::string seenSession;
+  std::string seenPath;
+  instance.addNewClient(upgradeRequest(), conn, "mine",
+                        [&](const web::HttpRequestPtr&, tavelabi::Resource& resource,
+                            std::string sessionId, std::string& message, const std::string& path) {
+                          seenSession = sessionId;
+                          seenPath = path;
+                          message = std::to_string(resource.values.at("value").getIntValue());
+                        });
+  auto action = updateOf("/system/alarms/active", 42);
+  instance.processResourceListener({}, action);
+  ASSERT_EQ(conn->sent().size(), 1u);
+  EXPECT_EQ(conn->sent()[0].data, "42");
+  EXPECT_EQ(conn->sent()[0].type, web::WebSocketMessageType::Binary);
+  EXPECT_EQ(seenSession, "mine");
+  EXPECT_EQ(seenPath, "/system/alarms/active");
+}
+
+TEST_F(WsListenerInstanceTest, ClientWithoutConnectivityEntryIsSkippedWithOneErrorPerChange) {
+  unitHost.clearConnectivities();
+  auto conn = std::make_shared<FakeConnection>();
+  instance.addNewClient(upgradeRequest(), conn, session, &WsResource::messageGenerator);
+  for (int i = 0; i < 3; ++i) {
+    auto action = updateOf("/system/alarms/active", i);
+    instance.processResourceListener({}, action);
+  }
+  EXPECT_TRUE(conn->sent().empty());
+  EXPECT_EQ(log.count(el::Level::Error, "Unable to push /system/alarms/active to client "
+                                        "127.0.0.1 - network connection issue"),
+            3u);
+  EXPECT_EQ(instance.getClients().size(), 1u);
+}
+
+TEST_F(WsListenerInstanceTest, EmptyGeneratorIsLoggedAndTheNextClientIsServed) {
+  auto broken = std::make_shared<FakeConnection>("127.0.0.1", 40001);
+  auto fine = std::make_shared<FakeConnection>("127.0.0.1", 40002);
+  instance.addNewClient(upgradeRequest(), broken, session, MessageGenerator());
+  instance.addNewClient(upgradeRequest(), fine, session, &WsResource::messageGenerator);
+  unitHost.hostAction(CCRUD::Create, "/system/alarms/active",
+                      tavelabi::Resource(tavelabi::ResourceValue(1)));
+  auto action = updateOf("/system/alarms/active", 7);
+  instance.processResourceListener({}, action);
+  EXPECT_TRUE(broken->sent().empty());
+  ASSERT_EQ(fine->sent().size(), 1u);
+  EXPECT_EQ(valueOfResourceFrame(fine->sent()[0].data), 7);
+  EXPECT_EQ(log.count(el::Level::Error, "Unable to push /system/alarms/active to client 127.0.0.1 - "),
+            1u);
+  EXPECT_EQ(log.count(el::Level::Error, "bad_function_call"), 1u);
+  EXPECT_EQ(instance.getClients().size(), 2u);
+}
+
+TEST_F(WsListenerInstanceTest, FailedSendIsLoggedAndTheClientStays) {
+  auto conn = std::make_shared<FakeConnection>();
+  conn->throwOnSend = true;
+  instance.addNewClient(upgradeRequest(), conn, session,
+                        [](const web::HttpRequestPtr&, tavelabi::Resource&, std::string,
+                           std::string& message, const std::string&) { message = "x"; });
+  auto action = updateOf("/system/alarms/active", 1);
+  instance.processResourceListener({}, action);
+  EXPECT_EQ(log.count(el::Level::Error, "send failed on purpose"), 1u);
+  EXPECT_EQ(instance.getClients().size(), 1u);
+}
+
+TEST_F(WsListenerInstanceTest, ConnectionThatIsDownIsSkippedSilently) {
+  auto conn = std::make_shared<FakeConnection>();
+  conn->open = false;
+  int renderings = 0;
+  instance.addNewClient(upgradeRequest(), conn, session,
+                        [&](const web::HttpRequestPtr&, tavelabi::Resource&, std::string,
+                            std::string& message, const std::string&) {
+                          ++renderings;
+                          message = "x";
+                        });
+  auto action = updateOf("/system/alarms/active", 1);
+  instance.processResourceListener({}, action);
+  EXPECT_EQ(renderings, 1);
+  EXPECT_TRUE(conn->sent().empty());
+  EXPECT_TRUE(log.lines().empty());
+  EXPECT_EQ(instance.getClients().size(), 1u);
+}
+
+TEST_F(WsListenerInstanceTest, DeadSessionLogsOnEveryChangeAndStaysSubscribed) {
+  unitHost.hostAction(CCRUD::Create, "/system/alarms/active",
+                      tavelabi::Resource(tavelabi::ResourceValue(1)));
+  auto conn = std::make_shared<FakeConnection>();
+  instance.addNewClient(upgradeRequest(), conn, "no-such-session", &WsResource::messageGenerator);
+  for (int i = 0; i < 2; ++i) {
+    auto action = updateOf("/system/alarms/active", i);
+    instance.processResourceListener({}, action);
+  }
+  EXPECT_TRUE(conn->sent().empty());
+  EXPECT_EQ(log.count(el::Level::Error, "Session no-such-session does not exist"), 2u);
+  EXPECT_TRUE(conn->shutdownCalls().empty());
+}
+
+TEST_F(WsListenerInstanceTest, ConnectivityAnswerWithoutValueLeavesTheFanOut) {
+  unitHost.hostAction(CCRUD::Create, WsUnitHost::kConnectivities,
+                      tavelabi::Resource("other", tavelabi::ResourceValue(1)));
+  auto conn = std::make_shared<FakeConnection>();
+  instance.addNewClient(upgradeRequest(), conn, session, &WsResource::messageGenerator);
+  auto action = updateOf("/system/alarms/active", 1);
+  EXPECT_THROW(instance.processResourceListener({}, action), std::out_of_range);
+  // The guard released the shared lock: an exclusive operation still gets through.
+  instance.removeClient(conn);
+  EXPECT_TRUE(instance.getClients().empty());
+}
+
+TEST_F(WsListenerInstanceTest, RemoveClientShutsTheConnectionDownWith1000) {
+  auto conn = std::make_shared<FakeConnection>();
+  instance.addNewClient(upgradeRequest(), conn, session, &WsResource::messageGenerator);
+  instance.removeClient(conn);
+  ASSERT_EQ(conn->shutdownCalls().size(), 1u);
+  EXPECT_EQ(conn->shutdownCalls()[0].code, 1000);
+  EXPECT_EQ(conn->shutdownCalls()[0].reason, "");
+  EXPECT_TRUE(instance.getClients().empty());
+}
+
+TEST_F(WsListenerInstanceTest, RemovingAClientThatIsNotHereIsLogged) {
+  auto conn = std::make_shared<FakeConnection>("10.1.1.1", 5555);
+  instance.removeClient(conn);
+  EXPECT_EQ(log.count(el::Level::Error, "Could not remove. Missing client with uuid "
+                                        "10.1.1.1:5555/system/alarms/active."),
+            1u);
+  EXPECT_TRUE(conn->shutdownCalls().empty());
+}
+
+TEST_F(WsListenerInstanceTest, RemoveAllClientsClosesEachWith1000) {
+  auto a = std::make_shared<FakeConnection>("127.0.0.1", 1);
+  auto b = std::make_shared<FakeConnection>("127.0.0.1", 2);
+  instance.addNewClient(upgradeRequest(), a, session, &WsResource::messageGenerator);
+  instance.addNewClient(upgradeRequest(), b, session, &WsResource::messageGenerator);
+  instance.removeAllClients();
+  EXPECT_TRUE(instance.getClients().empty());
+  for (const auto& conn : {a, b}) {
+    ASSERT_EQ(conn->shutdownCalls().size(), 1u);
+    EXPECT_EQ(conn->shutdownCalls()[0].code, 1000);
+  }
+}
+
+}  // namespace
+}  // namespace halvor::kelo::test
