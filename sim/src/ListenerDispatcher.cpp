@@ -94,21 +94,41 @@ std::vector<ListenerDispatcher::SlotPtr> ListenerDispatcher::matchingSlots(
   return matching;
 }
 
-void ListenerDispatcher::callSlot(Slot& slot, ResourceAction& action) {
+void ListenerDispatcher::callSlot(Slot& slot, ResourceAction& action, ErrorHandling errors) {
   if (isInCall(&slot)) {
     // A nested call on the same thread already holds the slot.
-    if (!slot.removed.load()) slot.listener->notifyAction(steadyNow(), action);
+    if (!slot.removed.load()) notify(slot, action, errors);
     return;
   }
   std::shared_lock callLock(slot.callMutex);
   if (slot.removed.load()) return;
   InCallMark mark(&slot);
-  slot.listener->notifyAction(steadyNow(), action);
+  notify(slot, action, errors);
+}
+
+// Reports a failure while the slot is still held: once it is released the listener may be
+// removed and deleted at any moment.
+void ListenerDispatcher::notify(Slot& slot, ResourceAction& action, ErrorHandling errors) {
+  if (errors == ErrorHandling::Propagate) {
+    slot.listener->notifyAction(steadyNow(), action);
+    return;
+  }
+  std::string failure;
+  try {
+    slot.listener->notifyAction(steadyNow(), action);
+    return;
+  } catch (const std::exception& error) {
+    failure = error.what();
+  } catch (...) {
+    failure = "unknown exception";
+  }
+  Console::errorLine("[listener] " + describe(*slot.listener) + " failed on " +
+                     tavelabi::toString(action.action) + " " + action.path + ": " + failure);
 }
 
 std::size_t ListenerDispatcher::callCommandListeners(ResourceAction& action) {
   std::vector<SlotPtr> matching = matchingSlots(action);
-  for (const SlotPtr& slot : matching) callSlot(*slot, action);
+  for (const SlotPtr& slot : matching) callSlot(*slot, action, ErrorHandling::Propagate);
   return matching.size();
 }
 
@@ -129,17 +149,7 @@ void ListenerDispatcher::dispatchOne(const ResourceAction& action) {
   for (const SlotPtr& slot : matchingSlots(action)) {
     // Each listener gets its own copy: a listener may change the action it is handed.
     ResourceAction copy = action;
-    try {
-      callSlot(*slot, copy);
-    } catch (const std::exception& error) {
-      Console::errorLine("[listener] " + describe(*slot->listener) + " failed on " +
-                         tavelabi::toString(action.action) + " " + action.path + ": " +
-                         error.what());
-    } catch (...) {
-      Console::errorLine("[listener] " + describe(*slot->listener) + " failed on " +
-                         tavelabi::toString(action.action) + " " + action.path +
-                         ": unknown exception");
-    }
+    callSlot(*slot, copy, ErrorHandling::Report);
   }
 }
 

@@ -56,10 +56,13 @@ class ListenerDispatcher {
     std::atomic<bool> removed{false};
   };
   using SlotPtr = std::shared_ptr<Slot>;
+  // Command listeners' exceptions go to the caller; dispatched ones are printed.
+  enum class ErrorHandling { Propagate, Report };
 
   std::vector<SlotPtr> matchingSlots(const tavelabi::ResourceAction& action) const;
-  // Calls one listener unless it was removed; rethrows what the listener threw.
-  static void callSlot(Slot& slot, tavelabi::ResourceAction& action);
+  // Calls one listener unless it was removed.
+  static void callSlot(Slot& slot, tavelabi::ResourceAction& action, ErrorHandling errors);
+  static void notify(Slot& slot, tavelabi::ResourceAction& action, ErrorHandling errors);
   void dispatchOne(const tavelabi::ResourceAction& action);
   void run();
 
