@@ -19,6 +19,7 @@ void PlainHttpSession::run() {
 void PlainHttpSession::closeSocket() {
   boost::system::error_code ignored;
   socket_.close(ignored);
+  slot_ = ConnectionLimiter::Slot();
 }
 
 void PlainHttpSession::doEof() {

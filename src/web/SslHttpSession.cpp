@@ -35,6 +35,7 @@ void SslHttpSession::onHandshake(boost::beast::error_code ec) {
 void SslHttpSession::closeSocket() {
   boost::system::error_code ignored;
   stream_.next_layer().close(ignored);
+  slot_ = ConnectionLimiter::Slot();
 }
 
 void SslHttpSession::doEof() {

@@ -304,9 +304,18 @@ class WebSocketSession : public WebSocketConnection,
     });
   }
 
+  // Also stops the stream's own timer, which would otherwise keep the I/O loop busy, and gives
+  // the connection's place back to the limiter.
   void closeSocket() {
+    namespace websocket = boost::beast::websocket;
+    websocket::stream_base::timeout off{};
+    off.handshake_timeout = websocket::stream_base::none();
+    off.idle_timeout = websocket::stream_base::none();
+    off.keep_alive_pings = false;
+    ws_.set_option(off);
     boost::beast::error_code ignored;
     boost::beast::get_lowest_layer(ws_).close(ignored);
+    slot_ = ConnectionLimiter::Slot();
   }
 
   ServerStatePtr state_;

@@ -74,14 +74,19 @@ struct WsClient::Impl {
           message.data = beast::buffers_to_string(buffer.data());
           buffer.consume(buffer.size());
         } else {
-          if (ec == websocket::error::closed) {
-            closeCode = static_cast<std::uint16_t>(stream.reason().code);
-            closeReason = std::string(stream.reason().reason.data(), stream.reason().reason.size());
-          }
+          // A close frame may have arrived even when the socket then failed.
+          recordClose(stream);
           open = false;
         }
       });
     });
+  }
+
+  template <class Stream>
+  void recordClose(Stream& stream) {
+    if (stream.reason().code == websocket::close_code::none) return;
+    closeCode = static_cast<std::uint16_t>(stream.reason().code);
+    closeReason = std::string(stream.reason().reason.data(), stream.reason().reason.size());
   }
 
   void abort() {
@@ -238,18 +243,14 @@ bool WsClient::close(std::uint16_t code, const std::string& reason) {
     impl.abort();
     return false;
   }
-  if (result) return false;
-  // The answer arrives through a read; messages still on their way are dropped.
-  for (;;) {
-    if (!impl.readPending && !impl.readDone) impl.startRead();
-    if (!impl.runUntil(impl.readDone, deadline)) {
-      impl.abort();
-      return false;
-    }
-    impl.readDone = false;
-    if (impl.readError) break;
-  }
-  return impl.readError == websocket::error::closed;
+  // The close operation reads (and drops) frames until the server's close frame arrives; a read
+  // of ours still pending ends with it.
+  if (impl.readPending) impl.runUntil(impl.readDone, deadline);
+  impl.readDone = false;
+  impl.open = false;
+  if (result && result != websocket::error::closed) return false;
+  impl.withStream([&](auto& stream) { impl.recordClose(stream); });
+  return true;
 }
 
 bool WsClient::waitForClose(std::chrono::milliseconds timeout) {

@@ -1,0 +1,188 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <mutex>
+#include <vector>
+
+#include "HttpClient.h"
+#include "WebTestServer.h"
+#include "WsClient.h"
+#include "kelo/web/HttpAppFramework.h"
+
+using namespace halvor::kelo::web;
+using halvor::kelo::test::eventually;
+using halvor::kelo::test::HttpClient;
+using halvor::kelo::test::WebTestServer;
+using halvor::kelo::test::WsClient;
+
+namespace {
+
+// Records what the layer tells it and answers as the tests ask.
+class RecordingController : public WebSocketControllerBase {
+ public:
+  void handleNewMessage(const WebSocketConnectionPtr& conn, std::string&& message,
+                        const WebSocketMessageType& type) override {
+    {
+      std::lock_guard lock(mutex);
+      messages.emplace_back(type, message);
+    }
+    if (type == WebSocketMessageType::Close) {
+      conn->shutdown(1000, "");
+      return;
+    }
+    if (message == "shutdown") return conn->shutdown(1011, "x");
+    if (message == "binary") return conn->send(std::string("\x01\x02", 2), WebSocketMessageType::Binary);
+    conn->send("echo:" + message);
+  }
+  void handleNewConnection(const HttpRequestPtr& req, const WebSocketConnectionPtr& conn) override {
+    {
+      std::lock_guard lock(mutex);
+      sessionIds.push_back(req->getCookie("SessionID").empty() ? req->getParameter("SessionID")
+                                                               : req->getCookie("SessionID"));
+      connection = conn;
+    }
+    ++opened;
+    EXPECT_TRUE(conn->connected());
+    EXPECT_TRUE(conn->peerAddr().isLoopbackIp());
+    conn->send(std::string("\x08\x01", 2), WebSocketMessageType::Binary);
+  }
+  void handleConnectionClosed(const WebSocketConnectionPtr& conn) override {
+    EXPECT_FALSE(conn->connected());
+    ++closed;
+  }
+
+  std::mutex mutex;
+  std::vector<std::pair<WebSocketMessageType, std::string>> messages;
+  std::vector<std::string> sessionIds;
+  WebSocketConnectionPtr connection;
+  std::atomic<int> opened{0};
+  std::atomic<int> closed{0};
+};
+
+class WebSocketSessionTest : public ::testing::TestWithParam<bool> {
+ protected:
+  void SetUp() override {
+    controller = std::make_shared<RecordingController>();
+    server = std::make_unique<WebTestServer>(
+        [this](HttpAppFramework& app) {
+          app.config().clientMaxWebSocketMessageSize = 1024;
+          app.registerWebSocketController("/1/ws/test", controller, {Get});
+        },
+        tls());
+  }
+  void TearDown() override {
+    server.reset();
+    controller.reset();
+  }
+  bool tls() const { return GetParam(); }
+  std::uint16_t port() const { return tls() ? server->tlsPort() : server->port(); }
+  std::unique_ptr<WsClient> connect(const std::string& target = "/1/ws/test",
+                                    const WsClient::Headers& headers = {}) {
+    auto client = std::make_unique<WsClient>("127.0.0.1", port(), tls());
+    client->connect(target, headers);
+    return client;
+  }
+
+  std::shared_ptr<RecordingController> controller;
+  std::unique_ptr<WebTestServer> server;
+};
+
+TEST_P(WebSocketSessionTest, UpgradeWithCookieFirstMessageAndEcho) {
+  auto client = connect("/1/ws/test", {{"Cookie", "SessionID=cookie-id"}});
+  auto first = client->receive(std::chrono::milliseconds(3000));
+  ASSERT_TRUE(first);
+  EXPECT_FALSE(first->text);
+  EXPECT_EQ(first->data, std::string("\x08\x01", 2));
+  client->sendText("hello");
+  auto echo = client->receive(std::chrono::milliseconds(3000));
+  ASSERT_TRUE(echo);
+  EXPECT_TRUE(echo->text);
+  EXPECT_EQ(echo->data, "echo:hello");
+  client->sendBinary("binary");
+  auto binary = client->receive(std::chrono::milliseconds(3000));
+  ASSERT_TRUE(binary);
+  EXPECT_FALSE(binary->text);
+  EXPECT_EQ(binary->data, std::string("\x01\x02", 2));
+  std::lock_guard lock(controller->mutex);
+  EXPECT_EQ(controller->sessionIds, std::vector<std::string>{"cookie-id"});
+  ASSERT_EQ(controller->messages.size(), 2u);
+  EXPECT_EQ(controller->messages[0].first, WebSocketMessageType::Text);
+  EXPECT_EQ(controller->messages[1].first, WebSocketMessageType::Binary);
+}
+
+TEST_P(WebSocketSessionTest, QueryParameterReachesTheController) {
+  auto client = connect("/1/ws/test?SessionID=a%20b");
+  ASSERT_TRUE(client->receive(std::chrono::milliseconds(3000)));
+  std::lock_guard lock(controller->mutex);
+  EXPECT_EQ(controller->sessionIds, std::vector<std::string>{"a b"});
+}
+
+TEST_P(WebSocketSessionTest, ClientCloseIsAnswered1000AndReportedOnce) {
+  auto client = connect();
+  ASSERT_TRUE(client->receive(std::chrono::milliseconds(3000)));
+  EXPECT_TRUE(client->close(1000, "bye"));
+  EXPECT_EQ(client->closeCode(), 1000);
+  EXPECT_EQ(client->closeReason(), "");
+  EXPECT_TRUE(eventually([this] { return controller->closed == 1; }));
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_EQ(controller->closed, 1);
+  std::lock_guard lock(controller->mutex);
+  ASSERT_FALSE(controller->messages.empty());
+  EXPECT_EQ(controller->messages.back().first, WebSocketMessageType::Close);
+  EXPECT_EQ(controller->messages.back().second, "bye");
+}
+
+TEST_P(WebSocketSessionTest, ServerShutdownCodeAndReasonReachTheClient) {
+  auto client = connect();
+  ASSERT_TRUE(client->receive(std::chrono::milliseconds(3000)));
+  client->sendText("shutdown");
+  EXPECT_TRUE(client->waitForClose(std::chrono::milliseconds(3000)));
+  EXPECT_EQ(client->closeCode(), 1011);
+  EXPECT_EQ(client->closeReason(), "x");
+  EXPECT_TRUE(eventually([this] { return controller->closed == 1; }));
+}
+
+TEST_P(WebSocketSessionTest, TooLargeMessageClosesWith1009) {
+  auto client = connect();
+  ASSERT_TRUE(client->receive(std::chrono::milliseconds(3000)));
+  client->sendText(std::string(2000, 'm'));
+  EXPECT_TRUE(client->waitForClose(std::chrono::milliseconds(3000)));
+  EXPECT_EQ(client->closeCode(), 1009);
+  EXPECT_TRUE(eventually([this] { return controller->closed == 1; }));
+}
+
+TEST_P(WebSocketSessionTest, ClientThatGoesAwayIsReported) {
+  {
+    auto client = connect();
+    ASSERT_TRUE(client->receive(std::chrono::milliseconds(3000)));
+  }
+  EXPECT_TRUE(eventually([this] { return controller->closed == 1; }));
+  EXPECT_TRUE(eventually([this] { return server->app().connectionCount() == 0; }));
+  std::lock_guard lock(controller->mutex);
+  EXPECT_FALSE(controller->connection->connected());
+  // Sends on a closed connection are dropped quietly.
+  controller->connection->send("late");
+}
+
+TEST_P(WebSocketSessionTest, OnlyGetUpgradesAndPlainGetIsRefused) {
+  HttpClient http("127.0.0.1", port(), tls());
+  EXPECT_EQ(http.request("POST", "/1/ws/test", "x").status, 405);
+  EXPECT_EQ(http.get("/1/ws/test").status, 400);
+  EXPECT_THROW(connect("/1/ws/unknown"), std::runtime_error);
+  EXPECT_EQ(controller->opened, 0);
+}
+
+TEST_P(WebSocketSessionTest, QuitClosesWebSocketsAndReportsThem) {
+  auto client = connect();
+  ASSERT_TRUE(client->receive(std::chrono::milliseconds(3000)));
+  server->stop();
+  EXPECT_EQ(controller->closed, 1);
+  EXPECT_TRUE(client->waitForClose(std::chrono::milliseconds(3000)));
+}
+
+INSTANTIATE_TEST_SUITE_P(PlainAndTls, WebSocketSessionTest, ::testing::Values(false, true),
+                         [](const ::testing::TestParamInfo<bool>& param) {
+                           return param.param ? std::string("Tls") : std::string("Plain");
+                         });
+
+}  // namespace
