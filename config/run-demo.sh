@@ -18,4 +18,5 @@ exec "$build/sim/tavel-sim" \
   --plugin "$build/src/libkelo.so" \
   --log-config config/log.conf \
   --config config/config.json \
+  --web-config config/drogon-config.json \
   --fixture config/fixtures/demo.json

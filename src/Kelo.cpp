@@ -205,8 +205,11 @@ void Kelo::init(const uint32_t& id, const std::string& logConfigFile,
     failInit(PluginStatus::ConfigurationFailure, text, text, true);
     return;
   }
-  applyCertificateListener =
-      std::make_unique<ApplyCertificateListener>("/command/applyCertificate", tavel, this);
+  {
+    std::lock_guard lock(listenerMutex);
+    applyCertificateListener =
+        std::make_unique<ApplyCertificateListener>("/command/applyCertificate", tavel, this);
+  }
   tavel->addResourceListener(this, applyCertificateListener.get());
 
   if (!webServerConfigured) {
@@ -217,6 +220,10 @@ void Kelo::init(const uint32_t& id, const std::string& logConfigFile,
   }
   setRunning(true);
   setStatus(PluginStatus::Ok, "OK");
+  if (!serverMayRun) {
+    serverMayRun = true;
+    initFinished.set_value();
+  }
 }
 
 bool Kelo::createOnHost(const std::string& path, const Resource& resource) {
@@ -282,8 +289,15 @@ void Kelo::startServerThread() {
   serverThread = std::make_unique<std::thread>([this] { runServer(); });
 }
 
+void Kelo::joinServerThread() {
+  if (serverThread && serverThread->joinable()) {
+    serverThread->join();
+  }
+}
+
 void Kelo::runServer() {
   prctl(PR_SET_NAME, "keloServiceThread", 0, 0, 0);
+  initFinished.get_future().wait();
   try {
     web::app().run();
   } catch (...) {
@@ -355,10 +369,14 @@ void Kelo::restartTavel() {
 
 void Kelo::shutdown() {
   KELO_LOG(INFO, getLoggerId()) << "Shutting Kelo down.";
-  if (applyCertificateListener) {
-    getTavelInterface()->removeResourceListener(this, applyCertificateListener.get());
+  std::unique_ptr<ApplyCertificateListener> listener;
+  {
+    std::lock_guard lock(listenerMutex);
+    listener = std::move(applyCertificateListener);
+  }
+  if (listener) {
     // Released rather than left dangling, so that the destructor's second shutdown is harmless.
-    applyCertificateListener.reset();
+    getTavelInterface()->removeResourceListener(this, listener.get());
   }
   // The status of a failure that led here stays what later reports show.
   getTavelInterface()->setPluginStatus(this,

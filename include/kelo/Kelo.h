@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -47,6 +48,11 @@ class Kelo : public tavelabi::BasePlugin {
   // Set by the certificate listener on another thread, cleared by consume.
   void setRestartDue() { restartDue = true; }
 
+  // Waits until the server thread has ended. The plug-in never stops the web server itself;
+  // a program that does (tests, benchmarks) calls this after quitting the application and
+  // before deleting the plug-in, since the destructor only detaches the thread.
+  void joinServerThread();
+
   // Read-only views for tests and the host's console.
   bool isRunning() const;
   tavelabi::PluginStatus currentStatus() const;
@@ -74,6 +80,10 @@ class Kelo : public tavelabi::BasePlugin {
   void onServerBeginning();
 
   mutable boost::upgrade_mutex stateMutex;
+  // Opens when init has taken its last step, so that a server thread that dies at once cannot
+  // have its failure overwritten by init's "OK".
+  std::promise<void> initFinished;
+  bool serverMayRun = false;
   bool wasUsingColor;
   TermTint tint;
   std::unique_ptr<std::thread> serverThread;
@@ -99,6 +109,8 @@ class Kelo : public tavelabi::BasePlugin {
   std::string statusText = "OK";
   bool bypassCors = false;
   std::string corsOrigin;
+  // shutdown runs on the host's thread and, when the server dies, on the server thread.
+  std::mutex listenerMutex;
   std::unique_ptr<ApplyCertificateListener> applyCertificateListener;
 };
 
