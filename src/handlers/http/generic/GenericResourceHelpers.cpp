@@ -8,6 +8,7 @@
 #include "kelo/common/EdUrlParser.h"
 #include "kelo/common/JsonOptions.h"
 #include "kelo/common/ResourceConverter.h"
+#include "kelo/handlers/http/generic/ResourceJsonWriter.h"
 
 namespace halvor::kelo {
 
@@ -30,7 +31,7 @@ tavelabi::Resource GenericResourceHelpers::bodyResource(const web::HttpRequestPt
 
 std::string GenericResourceHelpers::answerJson(tavelabi::Resource answer) {
   const protobuf::Resource message = ResourceConverter::toHalvorPbResource(std::move(answer));
-  return JsonOptions::toJson(message);
+  return ResourceJsonWriter::print(message);
 }
 
 }  // namespace halvor::kelo

@@ -20,7 +20,8 @@ class GenericResourceHelpers {
   // ignored on purpose: an empty, non-JSON or partly wrong body gives whatever got into the
   // message, so the host sees an empty or partial resource.
   static tavelabi::Resource bodyResource(const web::HttpRequestPtr& req);
-  // The host's answer as Resource JSON, printed with the shared print options.
+  // The host's answer as Resource JSON, as the shared print options print it (through
+  // ResourceJsonWriter, which gives the same text faster).
   static std::string answerJson(tavelabi::Resource answer);
 };
 

@@ -1,0 +1,175 @@
+#include "kelo/handlers/http/generic/ResourceJsonWriter.h"
+
+#include <google/protobuf/stubs/strutil.h>
+
+#include <cmath>
+
+#include "kelo/common/JsonOptions.h"
+
+namespace halvor::kelo {
+
+std::string ResourceJsonWriter::print(const protobuf::Resource& message) {
+  std::string out;
+  out.reserve(512);
+  if (tryPrint(message, out)) {
+    return out;
+  }
+  return JsonOptions::toJson(message);
+}
+
+// Members are printed in field number order, members at their default left out, wrapper types
+// as bare values, maps in the map's own iteration order (the order in which protobuf serialises
+// them and so prints them).
+bool ResourceJsonWriter::tryPrint(const protobuf::Resource& message, std::string& out) {
+  out += '{';
+  bool first = true;
+  if (!message.values().empty()) {
+    out += "\"values\":";
+    if (!writeMap(message.values(), 0, out)) {
+      return false;
+    }
+    first = false;
+  }
+  if (message.has_path()) {
+    out += first ? "\"path\":" : ",\"path\":";
+    if (!writeString(message.path().value(), out)) {
+      return false;
+    }
+  }
+  out += '}';
+  return true;
+}
+
+bool ResourceJsonWriter::writeMap(
+    const google::protobuf::Map<std::string, protobuf::ResourceValue>& map, int depth,
+    std::string& out) {
+  out += '{';
+  bool first = true;
+  for (const auto& [key, value] : map) {
+    if (!first) {
+      out += ',';
+    }
+    first = false;
+    if (!writeString(key, out)) {
+      return false;
+    }
+    out += ':';
+    if (!writeValue(value, depth + 1, out)) {
+      return false;
+    }
+  }
+  out += '}';
+  return true;
+}
+
+bool ResourceJsonWriter::writeValue(const protobuf::ResourceValue& value, int depth,
+                                    std::string& out) {
+  if (depth > kMaxDepth) {
+    return false;
+  }
+  out += '{';
+  const std::size_t start = out.size();
+  auto member = [&out, start](const char* name) {
+    if (out.size() != start) {
+      out += ',';
+    }
+    out += name;
+  };
+  if (value.listvalue_size() > 0) {
+    member("\"listValue\":[");
+    bool first = true;
+    for (const protobuf::ResourceValue& element : value.listvalue()) {
+      if (!first) {
+        out += ',';
+      }
+      first = false;
+      if (!writeValue(element, depth + 1, out)) {
+        return false;
+      }
+    }
+    out += ']';
+  }
+  if (!value.mapvalue().empty()) {
+    member("\"mapValue\":");
+    if (!writeMap(value.mapvalue(), depth, out)) {
+      return false;
+    }
+  }
+  if (value.has_stringvalue()) {
+    member("\"stringValue\":");
+    if (!writeString(value.stringvalue().value(), out)) {
+      return false;
+    }
+  }
+  if (value.has_boolvalue()) {
+    member(value.boolvalue().value() ? "\"boolValue\":true" : "\"boolValue\":false");
+  }
+  if (value.has_floatvalue()) {
+    if (!std::isfinite(value.floatvalue().value())) {
+      return false;
+    }
+    member("\"floatValue\":");
+    out += google::protobuf::SimpleFtoa(value.floatvalue().value());
+  }
+  if (value.has_doublevalue()) {
+    if (!std::isfinite(value.doublevalue().value())) {
+      return false;
+    }
+    member("\"doubleValue\":");
+    out += google::protobuf::SimpleDtoa(value.doublevalue().value());
+  }
+  if (value.has_intvalue()) {
+    member("\"intValue\":");
+    out += std::to_string(value.intvalue().value());
+  }
+  if (value.has_bytesvalue()) {
+    member("\"bytesValue\":\"");
+    std::string encoded;
+    google::protobuf::Base64Escape(value.bytesvalue().value(), &encoded);
+    out += encoded;
+    out += '"';
+  }
+  if (value.type() != protobuf::ResourceValue::UNSPECIFIED_RESOURCE_TYPE) {
+    const std::string& name = protobuf::ResourceValue::ValueType_Name(value.type());
+    if (name.empty()) {
+      return false;
+    }
+    member("\"type\":\"");
+    out += name;
+    out += '"';
+  }
+  out += '}';
+  return true;
+}
+
+// Printable ASCII only, where protobuf's escaping is plain: '"' and '\\' get a backslash, '<'
+// and '>' become \u003c and \u003e. Control characters and every byte above 0x7e, where its
+// rules grow (UTF-8 checks, format characters), go to protobuf's printer.
+bool ResourceJsonWriter::writeString(std::string_view text, std::string& out) {
+  out += '"';
+  for (const char c : text) {
+    if (c < 0x20 || c > 0x7e) {
+      return false;
+    }
+    switch (c) {
+      case '"':
+        out += "\\\"";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      case '<':
+        out += "\\u003c";
+        break;
+      case '>':
+        out += "\\u003e";
+        break;
+      default:
+        out += c;
+    }
+  }
+  out += '"';
+  return true;
+}
+
+}  // namespace halvor::kelo
