@@ -1,0 +1,172 @@
+#!/usr/bin/env bash
+# bench/generic/run.sh [BUILD_DIR]: requests/s, latency and server CPU of GET "/1/api/resource"
+# (a resource of ten values, through the whole frame: the session cookie, two host reads, the
+# conversion and the JSON printing) next to the web layer's plaintext route, in the same run.
+# Each server runs with one I/O thread pinned to CPU 0; wrk runs on CPU 1:
+#   taskset -c 1 wrk -t1 -c64 -d10s --latency URL
+# Three runs of each; the median by requests/s is reported. BUILD_DIR (default build/release)
+# must hold tavel-sim, libkelo.so and bench-web-plaintext of a Release build.
+# KELO_BENCH_DURATION (10s) and KELO_BENCH_RUNS (3) change the length and number of runs.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+build=${1:-build/release}
+duration=${KELO_BENCH_DURATION:-10s}
+runs=${KELO_BENCH_RUNS:-3}
+python=/usr/bin/python3
+tick=$(getconf CLK_TCK)
+
+for tool in wrk taskset curl openssl; do
+  command -v "$tool" > /dev/null || { echo "bench: $tool is missing"; exit 1; }
+done
+
+work=$(mktemp -d)
+pids=()
+cleanup() {
+  for pid in "${pids[@]}"; do
+    if kill -0 "$pid" 2>/dev/null; then kill -TERM "$pid"; wait "$pid" 2>/dev/null || true; fi
+  done
+  rm -rf "$work"
+}
+trap cleanup EXIT
+
+free_port() {
+  "$python" -c 'import socket; s=socket.socket(); s.bind(("127.0.0.1",0)); print(s.getsockname()[1])'
+}
+wait_for() {  # url [curl options...]
+  local url=$1; shift
+  for _ in $(seq 1 300); do
+    if curl -s -o /dev/null --max-time 1 "$@" "$url"; then return 0; fi
+    sleep 0.1
+  done
+  echo "bench: nothing serves $url"; exit 1
+}
+cpu_ticks() {  # pid: user + system time of the whole process, in clock ticks
+  awk '{print $14 + $15}' "/proc/$1/stat"
+}
+
+# One wrk run against url while the server pid is measured. Prints
+# "requests/s p50 p99 cpu-us-per-request".
+measure() {  # pid url [wrk options...]
+  local pid=$1 url=$2; shift 2
+  local before after out requests
+  before=$(cpu_ticks "$pid")
+  out=$(taskset -c 1 wrk -t1 -c64 -d"$duration" --latency "$@" "$url")
+  after=$(cpu_ticks "$pid")
+  if grep -q "Non-2xx" <<<"$out"; then
+    echo "bench: $url answered errors:" >&2; echo "$out" >&2; exit 1
+  fi
+  requests=$(awk '/requests in/ {print $1}' <<<"$out")
+  awk -v ticks=$((after - before)) -v tick="$tick" -v requests="$requests" '
+    /Requests\/sec/ {rps = $2}
+    $1 == "50%" {p50 = $2}
+    $1 == "99%" {p99 = $2}
+    END {printf "%.0f %s %s %.1f\n", rps, p50, p99, ticks * 1e6 / tick / requests}' <<<"$out"
+}
+
+# The median of `runs` measurements, by requests/s.
+median() {  # pid url [wrk options...]
+  local results=()
+  for _ in $(seq 1 "$runs"); do results+=("$(measure "$@")"); done
+  printf '%s\n' "${results[@]}" | sort -n | sed -n "$(((runs + 1) / 2))p"
+}
+
+# --- the plug-in in tavel-sim, with a resource of ten values and a pre-made session ---
+mkdir -p "$work/logs" "$work/www"
+openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/CN=localhost" \
+  -keyout "$work/server.key" -out "$work/server.crt" 2>/dev/null
+http_port=$(free_port)
+https_port=$(free_port)
+cat > "$work/config.json" <<JSON
+{
+  "UserName": "kelo", "Password": "kelo-bench", "LogDirectory": "$work/logs",
+  "PX3LocalhostIp": ["127.0.0.1"],
+  "server-certificate": "$work/server.crt", "server-private-key": "$work/server.key",
+  "https-port": $https_port, "http-port": $http_port,
+  "drogon-config": "$work/web-config.json", "bypass-cors": false, "cors-origin": ""
+}
+JSON
+cat > "$work/web-config.json" <<JSON
+{
+  "app": { "number_of_threads": 1, "document_root": "$work/www", "idle_connection_timeout": 0 },
+  "plugins": [
+    { "name": "WebKeloInterface", "config": {} },
+    { "name": "ResourceListenerManager", "config": {} },
+    { "name": "BackgroundTaskQueue", "config": { "threads_num": 1, "name": "keloBackground" } }
+  ]
+}
+JSON
+cat > "$work/log.conf" <<'CONF'
+* GLOBAL:
+    ENABLED              =  true
+    TO_FILE              =  true
+    TO_STANDARD_OUTPUT   =  false
+* DEBUG:
+    ENABLED              =  false
+CONF
+cat > "$work/fixture.json" <<'JSON'
+{
+  "users": [
+    {"name": "kelo", "password": "kelo-bench", "role": "administrator"},
+    {"name": "bench", "password": "bench", "role": "administrator"}
+  ],
+  "resources": {
+    "/bench/ten": {
+      "name": {"string": "Transmitter TX-1"},
+      "frequency": {"double": 98.7},
+      "power": {"float": 1250.5},
+      "channel": {"int": 42},
+      "enabled": {"bool": true},
+      "mode": {"string": "DAB+"},
+      "gain": {"double": -3.25},
+      "alarms": {"list": [{"string": "overheat"}, {"string": "vswr"}]},
+      "site": {"map": {"city": {"string": "Stockholm"}, "latitude": {"double": 59.3293}}},
+      "uptime": {"int": 86400}
+    }
+  },
+  "sessionTimeoutSeconds": 86400
+}
+JSON
+taskset -c 0 "$build/sim/tavel-sim" --plugin "$build/src/libkelo.so" \
+  --log-config "$work/log.conf" --config "$work/config.json" --fixture "$work/fixture.json" \
+  --no-demo-models --session bench-session=bench > "$work/sim.out" 2>&1 &
+sim_pid=$!
+pids+=("$sim_pid")
+resource_url="http://127.0.0.1:$http_port/1/api/resource?path=%2Fbench%2Ften"
+cookie=(-H "Cookie: SessionID=bench-session")
+wait_for "$resource_url" "${cookie[@]}"
+values=$(curl -s "${cookie[@]}" "$resource_url" | "$python" -c \
+  'import json,sys; print(len(json.load(sys.stdin)["values"]))')
+[ "$values" == 10 ] || { echo "bench: the resource has $values values, not 10"; exit 1; }
+
+# --- the web layer alone ---
+plain_port=$(free_port)
+taskset -c 0 "$build/bench/web/bench-web-plaintext" --threads 1 --port "$plain_port" \
+  > "$work/plaintext.out" 2>&1 &
+plain_pid=$!
+pids+=("$plain_pid")
+plaintext_url="http://127.0.0.1:$plain_port/plaintext"
+wait_for "$plaintext_url"
+
+# KELO_BENCH_PERF=FILE: record a call-graph profile of tavel-sim under the same load into FILE
+# (perf record -g) and stop there.
+if [ -n "${KELO_BENCH_PERF:-}" ]; then
+  taskset -c 1 wrk -t1 -c64 -d8s "${cookie[@]}" "$resource_url" > /dev/null &
+  wrk_pid=$!
+  sleep 1
+  perf record ${KELO_BENCH_PERF_OPTIONS:--g} -p "$sim_pid" -o "$KELO_BENCH_PERF" -- sleep 5
+  wait "$wrk_pid"
+  exit 0
+fi
+
+# Warm both up, then measure them in turn.
+taskset -c 1 wrk -t1 -c64 -d2s "${cookie[@]}" "$resource_url" > /dev/null
+taskset -c 1 wrk -t1 -c64 -d2s "$plaintext_url" > /dev/null
+plaintext=$(median "$plain_pid" "$plaintext_url")
+resource=$(median "$sim_pid" "$resource_url" "${cookie[@]}")
+
+printf '%-32s %12s %10s %10s %14s\n' "route (1 I/O thread, -c64)" "requests/s" "p50" "p99" \
+  "server CPU/req"
+read -r rps p50 p99 cpu <<<"$plaintext"
+printf '%-32s %12s %10s %10s %12s us\n' "web layer GET /plaintext" "$rps" "$p50" "$p99" "$cpu"
+read -r rps p50 p99 cpu <<<"$resource"
+printf '%-32s %12s %10s %10s %12s us\n' "GET /1/api/resource (10 values)" "$rps" "$p50" "$p99" "$cpu"
