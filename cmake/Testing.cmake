@@ -17,6 +17,7 @@ function(kelo_add_test target)
   set(label unit)
   if(T_CONCURRENCY)
     set(label concurrency)
+    set_property(GLOBAL APPEND PROPERTY KELO_CONCURRENCY_TARGETS ${target})
   endif()
   gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
     PROPERTIES LABELS ${label} TIMEOUT ${T_TIMEOUT})

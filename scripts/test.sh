@@ -23,7 +23,8 @@ step "AddressSanitizer + UndefinedBehaviorSanitizer tests"
 ctest --test-dir build/asan --output-on-failure -j2 -LE nosanitizer
 
 step "ThreadSanitizer build"
-scripts/build.sh build/tsan -DCMAKE_BUILD_TYPE=Debug -DKELO_TSAN=ON -DKELO_BENCH=OFF
+KELO_TARGET=concurrency_tests scripts/build.sh build/tsan -DCMAKE_BUILD_TYPE=Debug -DKELO_TSAN=ON \
+  -DKELO_BENCH=OFF
 step "ThreadSanitizer concurrency tests"
 ctest --test-dir build/tsan --output-on-failure -j2 -L concurrency
 
