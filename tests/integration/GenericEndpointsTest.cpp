@@ -1,0 +1,162 @@
+// The generic resource and command endpoints inside the plug-in inside the simulated host, spoken
+// to over HTTP and HTTPS with a real client.
+#include <google/protobuf/util/message_differencer.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "halvor/protobuf/Resource.pb.h"
+#include "kelo/common/JsonOptions.h"
+#include "support/KeloTestServer.h"
+#include "support/MiniHttpClient.h"
+
+namespace halvor::kelo::test {
+namespace {
+
+using Headers = std::vector<std::pair<std::string, std::string>>;
+
+// One server for the whole process: the web application can run only once per process.
+class GenericEndpointsTest : public ::testing::TestWithParam<bool> {
+ protected:
+  static void SetUpTestSuite() {
+    server = std::make_unique<KeloTestServer>();
+    server->start();
+    adminSession = server->openSession("admin");
+    viewerSession = server->openSession("viewer");
+  }
+  static void TearDownTestSuite() { server.reset(); }
+
+  bool tls() const { return GetParam(); }
+  std::uint16_t port() const { return tls() ? server->httpsPort() : server->httpPort(); }
+  static Headers cookie(const std::string& session) { return {{"Cookie", "SessionID=" + session}}; }
+
+  MiniResponse call(const std::string& method, const std::string& target,
+                    const std::string& session, const std::string& body = "") {
+    return MiniHttpClient::once(port(), tls(), method, target, cookie(session), body);
+  }
+  // A path of this test's own, so that the HTTP and HTTPS runs do not meet.
+  std::string own(const std::string& name) const {
+    return std::string("/generic/") + (tls() ? "tls/" : "plain/") + name;
+  }
+
+  static void seed(const std::string& path, const tavelabi::Resource& resource) {
+    tavelabi::ResourceAction create(tavelabi::CCRUD::Create, path, resource, nullptr, "");
+    server->host().processInternalAction(create);
+  }
+
+  static protobuf::Resource parsed(const std::string& body) {
+    protobuf::Resource message;
+    EXPECT_TRUE(JsonOptions::fromJson(body, message).ok()) << body;
+    return message;
+  }
+
+  static std::unique_ptr<KeloTestServer> server;
+  static std::string adminSession;
+  static std::string viewerSession;
+};
+
+std::unique_ptr<KeloTestServer> GenericEndpointsTest::server;
+std::string GenericEndpointsTest::adminSession;
+std::string GenericEndpointsTest::viewerSession;
+
+const char* const kNested =
+    R"({"values":{)"
+    R"("flag":{"type":"BOOL","boolValue":true},)"
+    R"("gain":{"type":"FLOAT","floatValue":0.5},)"
+    R"("frequency":{"type":"DOUBLE","doubleValue":101.1},)"
+    R"("count":{"type":"INT32","intValue":2147483647},)"
+    R"("name":{"type":"STRING","stringValue":"TX \u00e9"},)"
+    R"("list":{"type":"LIST_VALUE","listValue":[{"type":"LIST_VALUE","listValue":[)"
+    R"({"type":"MAP_VALUE","mapValue":{"x":{"type":"INT32","intValue":1}}}]}]},)"
+    R"("map":{"type":"MAP_VALUE","mapValue":{"inner":{"type":"MAP_VALUE","mapValue":{)"
+    R"("l":{"type":"LIST_VALUE","listValue":[{"type":"STRING","stringValue":"a"}]}}}}}}})";
+
+TEST_P(GenericEndpointsTest, PostThenGetGivesEveryValueTypeBack) {
+  const std::string path = own("all");
+  const MiniResponse created = call("POST", "/1/api/resource?path=" + path, adminSession, kNested);
+  ASSERT_EQ(created.status, 200) << created.body;
+  EXPECT_EQ(created.header("Content-Type").rfind("application/json", 0), 0u);
+
+  const MiniResponse read = call("GET", "/1/api/resource?path=" + path, adminSession);
+  ASSERT_EQ(read.status, 200) << read.body;
+  EXPECT_TRUE(
+      google::protobuf::util::MessageDifferencer::Equals(parsed(read.body), parsed(kNested)))
+      << read.body;
+}
+
+TEST_P(GenericEndpointsTest, PercentEncodedPathReachesTheHostDecoded) {
+  seed(own("encoded"), tavelabi::Resource("value", 5));
+  std::string encoded = own("encoded");
+  for (std::string::size_type at = 0; (at = encoded.find('/', at)) != std::string::npos;) {
+    encoded.replace(at, 1, "%2F");
+  }
+  const MiniResponse read = call("GET", "/1/api/resource?path=" + encoded, adminSession);
+  ASSERT_EQ(read.status, 200) << read.body;
+  EXPECT_EQ(read.body, R"({"values":{"value":{"intValue":5,"type":"INT32"}}})");
+}
+
+TEST_P(GenericEndpointsTest, MissingPathIs500PlainText) {
+  const MiniResponse answer = call("GET", "/1/api/resource", adminSession);
+  EXPECT_EQ(answer.status, 500);
+  EXPECT_EQ(answer.header("Content-Type").rfind("text/plain", 0), 0u);
+  EXPECT_NE(answer.body.find("Request missing query parameter: path."), std::string::npos);
+}
+
+TEST_P(GenericEndpointsTest, NotJsonCreatesAnEmptyResource) {
+  const MiniResponse created =
+      call("POST", "/1/api/resource?path=" + own("notjson"), adminSession, "not json");
+  EXPECT_EQ(created.status, 200);
+  EXPECT_EQ(created.body, "{}");
+  const auto stored = server->host().peek(own("notjson"));
+  ASSERT_TRUE(stored.has_value());
+  EXPECT_TRUE(stored->values.empty());
+}
+
+TEST_P(GenericEndpointsTest, DeleteUnderTheResourceUrlMatchesNoRoute) {
+  const MiniResponse answer = call("DELETE", "/1/api/resource?path=/x", adminSession);
+  EXPECT_TRUE(answer.status == 404 || answer.status == 405) << answer.status;
+}
+
+TEST_P(GenericEndpointsTest, DeleteUnderTheCommandUrlRemoves) {
+  seed(own("doomed"), tavelabi::Resource("value", 1));
+  const MiniResponse answer = call("DELETE", "/1/api/command?path=" + own("doomed"), adminSession);
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_EQ(answer.body, "");
+  EXPECT_FALSE(server->host().peek(own("doomed")).has_value());
+}
+
+TEST_P(GenericEndpointsTest, DeadSessionIs440AndClosesTheConnection) {
+  const MiniResponse answer = call("GET", "/1/api/resource?path=/x", "no-such-session");
+  EXPECT_EQ(answer.status, 440);
+  EXPECT_EQ(answer.body, "");
+  EXPECT_TRUE(answer.closedByServer);
+}
+
+TEST_P(GenericEndpointsTest, ReadOnlyUserWritingIs403) {
+  const MiniResponse answer =
+      call("PUT", "/1/api/resource?path=" + own("viewer"), viewerSession, "{}");
+  EXPECT_EQ(answer.status, 403);
+  EXPECT_TRUE(answer.closedByServer);
+}
+
+TEST_P(GenericEndpointsTest, SessionCookieIsEchoedWithItsPath) {
+  const MiniResponse answer = call("PUT", "/1/api/command?path=%2Fresource%2Flist", adminSession,
+                                   R"({"values":{"value":{"type":"STRING","stringValue":"/x"}}})");
+  EXPECT_EQ(answer.status, 200) << answer.body;
+  bool echoed = false;
+  for (const std::string& cookie : answer.setCookies()) {
+    echoed = echoed || cookie.rfind("SessionID=" + adminSession + ";Path=/", 0) == 0;
+  }
+  EXPECT_TRUE(echoed);
+}
+
+INSTANTIATE_TEST_SUITE_P(PlainAndTls, GenericEndpointsTest, ::testing::Values(false, true),
+                         [](const ::testing::TestParamInfo<bool>& info) {
+                           return info.param ? "Https" : "Http";
+                         });
+
+}  // namespace
+}  // namespace halvor::kelo::test
