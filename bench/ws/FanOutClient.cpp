@@ -76,14 +76,14 @@ class Subscriber : public std::enable_shared_from_this<Subscriber> {
 
  private:
   void onConnect(beast::error_code ec) {
-    if (ec) return fail();
+    if (ec) return fail(ec, "connect");
     beast::get_lowest_layer(ws_).expires_never();
     ws_.set_option(websocket::stream_base::timeout::suggested(beast::role_type::client));
     ws_.set_option(websocket::stream_base::decorator([cookie = cookie_](websocket::request_type& req) {
       req.set(beast::http::field::cookie, cookie);
     }));
     ws_.async_handshake("127.0.0.1", target_, [self = shared_from_this()](beast::error_code e) {
-      if (e) return self->fail();
+      if (e) return self->fail(e, "handshake");
       self->read();
     });
   }
@@ -123,8 +123,9 @@ class Subscriber : public std::enable_shared_from_this<Subscriber> {
     read();
   }
 
-  void fail() {
-    ++totals_.failed;
+  void fail(beast::error_code ec, const char* what) {
+    if (totals_.failed++ == 0) std::cerr << "first failure: " << what << ": " << ec.message() << "\n";
+    if (onReady_) onReady_();  // the next wave does not wait for a connection that failed
   }
 
   websocket::stream<beast::tcp_stream> ws_;
