@@ -1,7 +1,9 @@
 #include <google/protobuf/stubs/logging.h>
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <random>
 #include <string>
@@ -175,6 +177,30 @@ TEST(ResourceJsonWriterTest, PrintsWhatProtobufPrintsForRandomMessages) {
   // The walk itself, not only the fallback, must have been compared often.
   EXPECT_GT(walked, total / 4) << walked;
   RecordProperty("walked", walked);
+}
+
+// Numbers from random bit patterns reach every exponent, subnormal ones included.
+TEST(ResourceJsonWriterTest, PrintsFloatsAndDoublesOfAnyBitPatternAsProtobufDoes) {
+  std::mt19937_64 random(42);
+  int compared = 0;
+  for (int i = 0; i < 30000; ++i) {
+    const uint64_t bits = random();
+    const float single = std::bit_cast<float>(static_cast<uint32_t>(bits));
+    const double twice = std::bit_cast<double>(bits);
+    protobuf::Resource message;
+    Message& value = (*message.mutable_values())["n"];
+    if (std::isfinite(single)) {
+      value.mutable_floatvalue()->set_value(single);
+    }
+    if (std::isfinite(twice)) {
+      value.mutable_doublevalue()->set_value(twice);
+    }
+    std::string out;
+    ASSERT_TRUE(ResourceJsonWriter::tryPrint(message, out));
+    ASSERT_EQ(out, JsonOptions::toJson(message)) << single << " " << twice;
+    ++compared;
+  }
+  EXPECT_EQ(compared, 30000);
 }
 
 TEST(ResourceJsonWriterTest, EmptyResourceIsAnEmptyObject) {

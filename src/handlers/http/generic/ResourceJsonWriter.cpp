@@ -2,11 +2,39 @@
 
 #include <google/protobuf/stubs/strutil.h>
 
+#include <cfloat>
+#include <charconv>
 #include <cmath>
+#include <system_error>
 
 #include "kelo/common/JsonOptions.h"
 
 namespace halvor::kelo {
+
+namespace {
+
+// Protobuf's own rule for finite numbers (SimpleFtoa, SimpleDtoa): printf's "%.*g" with the
+// type's guaranteed digits, or with more digits when that text does not read back as the same
+// number. std::to_chars with a precision is defined as that printf conversion in the C locale,
+// without printf's cost. Protobuf reads a float back with strtof and takes its range error on a
+// subnormal number as a failed read, so subnormal floats always get the longer text.
+template <class Number>
+void appendShortest(Number value, int digits, int moreDigits, bool longerWhenSubnormal,
+                    std::string& out) {
+  char buffer[64];
+  auto printed =
+      std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, digits);
+  Number parsed = 0;
+  const auto read = std::from_chars(buffer, printed.ptr, parsed);
+  if (read.ec != std::errc() || parsed != value ||
+      (longerWhenSubnormal && std::fpclassify(value) == FP_SUBNORMAL)) {
+    printed = std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general,
+                            moreDigits);
+  }
+  out.append(buffer, printed.ptr);
+}
+
+}  // namespace
 
 std::string ResourceJsonWriter::print(const protobuf::Resource& message) {
   std::string out;
@@ -109,14 +137,14 @@ bool ResourceJsonWriter::writeValue(const protobuf::ResourceValue& value, int de
       return false;
     }
     member("\"floatValue\":");
-    out += google::protobuf::SimpleFtoa(value.floatvalue().value());
+    appendShortest(value.floatvalue().value(), FLT_DIG, FLT_DIG + 3, true, out);
   }
   if (value.has_doublevalue()) {
     if (!std::isfinite(value.doublevalue().value())) {
       return false;
     }
     member("\"doubleValue\":");
-    out += google::protobuf::SimpleDtoa(value.doublevalue().value());
+    appendShortest(value.doublevalue().value(), DBL_DIG, DBL_DIG + 2, false, out);
   }
   if (value.has_intvalue()) {
     member("\"intValue\":");
