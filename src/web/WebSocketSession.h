@@ -149,6 +149,8 @@ class WebSocketSession : public WebSocketConnection,
     if (ec || state_->stopping.load()) {
       ended_ = true;
       if (ec) SessionErrors::fail(ec, "websocket accept");
+      controller_.reset();
+      upgradeRequest_.reset();
       closeSocket();
       return;
     }
@@ -217,6 +219,9 @@ class WebSocketSession : public WebSocketConnection,
         logLine(kError, "WebSocket handleConnectionClosed threw");
       }
     }
+    // A controller that keeps the connection would otherwise keep itself alive through it.
+    controller_.reset();
+    upgradeRequest_.reset();
     closeSocket();
   }
 

@@ -68,17 +68,20 @@ TEST(WebConcurrencyTest, SendsFromOtherThreadsWhileTheConnectionCloses) {
         while (!stop.load()) {
           conn->send("push " + std::to_string(t), WebSocketMessageType::Binary);
           if (t == 2) conn->connected();
+          // Fast enough to race the close, slow enough for a client under a sanitizer to keep up.
+          std::this_thread::sleep_for(std::chrono::microseconds(100));
         }
       });
     }
     ASSERT_TRUE(client.receive(std::chrono::milliseconds(3000)));
     if (round % 2 == 0) {
       client.sendText("bye");  // the server closes
-      EXPECT_TRUE(client.waitForClose(std::chrono::milliseconds(5000)));
+      EXPECT_TRUE(client.waitForClose(std::chrono::milliseconds(15000)));
     } else {
       EXPECT_TRUE(client.close());
     }
-    EXPECT_TRUE(eventually([&] { return controller->closedTimes(conn) == 1; }));
+    EXPECT_TRUE(eventually([&] { return controller->closedTimes(conn) == 1; },
+                           std::chrono::milliseconds(15000)));
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     stop = true;
     for (auto& pusher : pushers) pusher.join();
