@@ -59,9 +59,9 @@ double cpuSeconds() {
 }
 
 std::size_t subscribedClients() {
-  auto& listeners = web::app().getPlugin<ResourceListenerManager>()->getListeners();
-  auto found = listeners.find(kPath);
-  return found == listeners.end() ? 0 : found->second->getClients().size();
+  const auto counts = web::app().getPlugin<ResourceListenerManager>()->clientCounts();
+  auto found = counts.find(kPath);
+  return found == counts.end() ? 0 : found->second;
 }
 
 void update(sim::SimTavel& host, int sequence) {

@@ -99,4 +99,13 @@ std::map<std::string, WsListenerInstance*>& ResourceListenerManager::getListener
   return listeners;
 }
 
+std::map<std::string, std::size_t> ResourceListenerManager::clientCounts() {
+  std::lock_guard<boost::mutex> lock(listenersMutex);
+  std::map<std::string, std::size_t> counts;
+  for (const auto& [path, instance] : listeners) {
+    counts[path] = instance->getClients().size();
+  }
+  return counts;
+}
+
 }  // namespace halvor::kelo

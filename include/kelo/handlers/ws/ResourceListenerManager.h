@@ -41,6 +41,9 @@ class ResourceListenerManager : public web::Plugin<ResourceListenerManager> {
   // At shutdown: closes every client and unregisters every instance.
   void removeAllClients();
   std::map<std::string, WsListenerInstance*>& getListeners();
+  // The number of clients of each subscribed path, taken under the lock: safe to call while
+  // clients come and go, unlike a walk of getListeners().
+  std::map<std::string, std::size_t> clientCounts();
 
  private:
   std::string loggerId;
