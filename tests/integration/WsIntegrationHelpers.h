@@ -36,15 +36,17 @@ inline std::unique_ptr<WsClient> startHeartbeat(KeloTestServer& server, const st
   return ping;
 }
 
+// A host-side action; returns once the listeners have had it, so that a Create made before a
+// subscription can never reach that subscription late.
 inline void hostWrite(KeloTestServer& server, tavelabi::CCRUD verb, const std::string& path,
                       const tavelabi::Resource& resource) {
   tavelabi::ResourceAction action(verb, path, resource, nullptr, "");
   server.host().processInternalAction(action);
+  server.host().waitForListeners();
 }
 
 inline void hostUpdate(KeloTestServer& server, const std::string& path, int value) {
   hostWrite(server, tavelabi::CCRUD::Update, path, tavelabi::Resource(tavelabi::ResourceValue(value)));
-  server.host().waitForListeners();
 }
 
 inline protobuf::Resource parseResource(const WsClient::Message& message) {
