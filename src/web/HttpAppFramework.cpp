@@ -28,6 +28,8 @@ struct HttpAppFramework::Impl {
 
   ServerStatePtr state = std::make_shared<ServerState>();
   std::vector<ListenerConfig> addedListeners;
+  // Kept apart from the routes, which are dropped when run() ends.
+  std::vector<HandlerInfo> handlersInfo;
   std::map<std::string, PluginType> pluginTypes;
   std::vector<PluginInstance> plugins;
   std::map<std::type_index, std::shared_ptr<void>> instances;
@@ -47,7 +49,32 @@ struct HttpAppFramework::Impl {
   }
   void startPlugins();
   void shutdownPlugins();
+  void listRoute(const RouteEntry& entry);
+  void dropRoutesAndAdvices();
 };
+
+void HttpAppFramework::Impl::listRoute(const RouteEntry& entry) {
+  if (entry.methods == 0) {
+    handlersInfo.emplace_back(entry.pattern, Invalid, entry.description);
+    return;
+  }
+  for (int method = Get; method < Invalid; ++method) {
+    if (entry.methods & Router::methodBit(static_cast<HttpMethod>(method))) {
+      handlersInfo.emplace_back(entry.pattern, static_cast<HttpMethod>(method), entry.description);
+    }
+  }
+}
+
+// Once every I/O thread has finished, nothing reads routes or advices any more. Dropping them
+// breaks the cycle a controller that keeps its connections would otherwise close: controller,
+// connection, server state, route, controller.
+void HttpAppFramework::Impl::dropRoutesAndAdvices() {
+  state->routes.clear();
+  state->router = Router();
+  state->beginningAdvices.clear();
+  state->creationAdvices.clear();
+  state->preRoutingAdvices.clear();
+}
 
 void HttpAppFramework::Impl::startPlugins() {
   for (auto& instance : plugins) {
@@ -177,6 +204,7 @@ HttpAppFramework& HttpAppFramework::registerRoute(const std::string& pathPattern
   entry.description = description;
   entry.handler = std::move(handler);
   state.router.add(pathPattern, entry.methods, state.routes.size());
+  impl_->listRoute(entry);
   state.routes.push_back(std::move(entry));
   return *this;
 }
@@ -208,24 +236,13 @@ HttpAppFramework& HttpAppFramework::registerWebSocketController(
   entry.description = description.empty() ? "WebSocket" : description;
   entry.webSocket = std::move(controller);
   state.router.add(path, entry.methods, state.routes.size());
+  impl_->listRoute(entry);
   state.routes.push_back(std::move(entry));
   return *this;
 }
 
 std::vector<HttpAppFramework::HandlerInfo> HttpAppFramework::getHandlersInfo() const {
-  std::vector<HandlerInfo> info;
-  for (const RouteEntry& entry : impl_->state->routes) {
-    if (entry.methods == 0) {
-      info.emplace_back(entry.pattern, Invalid, entry.description);
-      continue;
-    }
-    for (int method = Get; method < Invalid; ++method) {
-      if (entry.methods & Router::methodBit(static_cast<HttpMethod>(method))) {
-        info.emplace_back(entry.pattern, static_cast<HttpMethod>(method), entry.description);
-      }
-    }
-  }
-  return info;
+  return impl_->handlersInfo;
 }
 
 std::shared_ptr<void> HttpAppFramework::sharedInstance(
@@ -312,6 +329,7 @@ void HttpAppFramework::run() {
       thread->beginStop();
       thread->finish(2000);
     }
+    impl_->dropRoutesAndAdvices();
     impl_->shutdownPlugins();
     markFinished();
     throw;
@@ -332,6 +350,7 @@ void HttpAppFramework::run() {
   for (auto& thread : threads) thread->finish(3000);
   listeners.clear();
   threads.clear();
+  impl_->dropRoutesAndAdvices();
   impl_->shutdownPlugins();
   markFinished();
 }
