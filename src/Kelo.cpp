@@ -1,22 +1,21 @@
 #include "kelo/Kelo.h"
 
+#include <google/protobuf/stubs/common.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 
+#include <boost/exception/diagnostic_information.hpp>
 #include <cerrno>
 #include <cstring>
 #include <regex>
 #include <sstream>
 
-#include <boost/exception/diagnostic_information.hpp>
-#include <google/protobuf/stubs/common.h>
-
+#include "kelo/CorsAdvices.h"
 #include "kelo/KeloLog.h"
 #include "kelo/Registrations.h"
 #include "kelo/WebKeloInterface.h"
-#include "kelo/CorsAdvices.h"
-#include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/certificates/ApplyCertificateListener.h"
+#include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/BuildIdentifier.h"
 #include "tavelabi/JsonConfigLoader.h"
@@ -40,11 +39,16 @@ const char* const kLocalhostIpPath = "/px3/localhostIp";
 
 std::string methodName(web::HttpMethod method) {
   switch (static_cast<int>(method)) {
-    case 0: return "GET";
-    case 1: return "POST";
-    case 3: return "PUT";
-    case 4: return "DELETE";
-    default: return std::to_string(static_cast<int>(method));
+    case 0:
+      return "GET";
+    case 1:
+      return "POST";
+    case 3:
+      return "PUT";
+    case 4:
+      return "DELETE";
+    default:
+      return std::to_string(static_cast<int>(method));
   }
 }
 
@@ -259,7 +263,8 @@ void Kelo::configureDrogon() {
                    privateKeyFile, false, {})
       .setLogLevel(4)
       .registerBeginningAdvice([this] { onServerBeginning(); })
-      .registerHttpResponseCreationAdvice(CorsAdvices::responseCreationAdvice(bypassCors, corsOrigin))
+      .registerHttpResponseCreationAdvice(
+          CorsAdvices::responseCreationAdvice(bypassCors, corsOrigin))
       .registerPreRoutingAdvice(CorsAdvices::preRoutingAdvice);
   webServerConfigured = true;
 }

@@ -37,8 +37,8 @@ class GetBenchFrame : public web::KeloHttpController<GetBenchFrame> {
                           std::string sessionId) override {
     KeloResourceAction action(tavelabi::CCRUD::Read, "/bench/value", info, sessionId, req);
     const tavelabi::Resource answer = tavel->processResourceAction(action);
-    std::string body = markedLocal(action) ? "{\"local\":true,\"value\":\""
-                                          : "{\"local\":false,\"value\":\"";
+    std::string body =
+        markedLocal(action) ? "{\"local\":true,\"value\":\"" : "{\"local\":false,\"value\":\"";
     body += answer.values.at("value").getStringValue();
     body += "\"}";
     resp->setContentTypeCode(web::CT_APPLICATION_JSON);
@@ -87,8 +87,8 @@ int run(int argc, char** argv) {
   std::filesystem::create_directories(dir / "www");
   const std::string command =
       "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 "
-      "-subj /CN=localhost -keyout " + (dir / "server.key").string() + " -out " +
-      (dir / "server.crt").string() + " >/dev/null 2>&1";
+      "-subj /CN=localhost -keyout " +
+      (dir / "server.key").string() + " -out " + (dir / "server.crt").string() + " >/dev/null 2>&1";
   if (std::system(command.c_str()) != 0) {
     std::cerr << "bench-kelo-frame: openssl failed\n";
     return 1;

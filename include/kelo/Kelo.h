@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <boost/thread/shared_mutex.hpp>
 #include <cstdint>
 #include <future>
 #include <memory>
@@ -8,8 +9,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include <boost/thread/shared_mutex.hpp>
 
 #include "tavelabi/BasePlugin.h"
 #include "tavelabi/ITavel.h"

@@ -14,8 +14,8 @@ class WebKeloInterface : public web::Plugin<WebKeloInterface> {
   void initAndStart(const Json::Value& config) override;
   void shutdown() override;
 
-  tavelabi::ITavel* tavel = nullptr;             // not owned
-  tavelabi::IPluginInfo* pluginInfo = nullptr;   // not owned
+  tavelabi::ITavel* tavel = nullptr;            // not owned
+  tavelabi::IPluginInfo* pluginInfo = nullptr;  // not owned
 };
 
 }  // namespace halvor::kelo

@@ -1,8 +1,7 @@
 #include "kelo/controllers/KeloFrame.h"
 
-#include <stdexcept>
-
 #include <boost/exception/diagnostic_information.hpp>
+#include <stdexcept>
 
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/Exceptions.h"

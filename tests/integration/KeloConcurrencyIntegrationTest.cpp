@@ -7,9 +7,9 @@
 
 #include "kelo/BackgroundTaskQueue.h"
 #include "kelo/web/HttpAppFramework.h"
+#include "support/KeloCalls.h"
 #include "support/KeloTestRoutes.h"
 #include "support/KeloTestServer.h"
-#include "support/KeloCalls.h"
 #include "tavelabi/Resource.h"
 #include "tavelabi/ResourceAction.h"
 
@@ -47,9 +47,9 @@ TEST(KeloConcurrencyTest, FrameRoutesTimedTasksAndBackgroundTasksTogether) {
       const bool tls = c % 2 == 1;
       test::HttpClient client("127.0.0.1", tls ? server.httpsPort() : server.httpPort(), tls);
       for (int i = 0; i < kRequests; ++i) {
-        const auto resp = client.get(
-            c % 3 == 0 ? "/1/test/resource?path=/test/alpha" : "/1/test/resources/alpha",
-            {{"Cookie", "SessionID=" + session}});
+        const auto resp =
+            client.get(c % 3 == 0 ? "/1/test/resource?path=/test/alpha" : "/1/test/resources/alpha",
+                       {{"Cookie", "SessionID=" + session}});
         if (resp.status == 200 && resp.body == R"({"local":true,"value":"hello"})") {
           ++good;
         } else {

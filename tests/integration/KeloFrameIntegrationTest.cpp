@@ -3,9 +3,9 @@
 #include <stdexcept>
 
 #include "kelo/handlers/http/KeloResourceAction.h"
+#include "support/KeloCalls.h"
 #include "support/KeloTestRoutes.h"
 #include "support/KeloTestServer.h"
-#include "support/KeloCalls.h"
 #include "tavelabi/Resource.h"
 #include "tavelabi/ResourceAction.h"
 
@@ -16,10 +16,10 @@ using tavelabi::CCRUD;
 using tavelabi::Resource;
 using tavelabi::ResourceAction;
 using tavelabi::ResourceValue;
+using test::KeloAnswer;
 using test::KeloTestServer;
 using test::KeloTestServerOptions;
 using test::markedLocal;
-using test::KeloAnswer;
 
 // The frame's routes of both forms, registered for these tests only, over HTTP and HTTPS.
 class KeloFrameOverTheWire : public ::testing::TestWithParam<bool> {
@@ -84,16 +84,14 @@ TEST_P(KeloFrameOverTheWire, AnExpiredSessionIs440OnThePathParameterForm) {
 
 TEST_P(KeloFrameOverTheWire, ARefusedRightIs403WithTheHandlersBody) {
   const std::string session = server.openSession("viewer");
-  const KeloAnswer resp = test::callOnce(
-      port(), GetParam(), "PUT", "/1/test/resources/alpha", {{"Cookie", "SessionID=" + session}},
-      "new");
+  const KeloAnswer resp = test::callOnce(port(), GetParam(), "PUT", "/1/test/resources/alpha",
+                                         {{"Cookie", "SessionID=" + session}}, "new");
   EXPECT_EQ(resp.status, 403);
   EXPECT_EQ(resp.body, "partial");
   EXPECT_TRUE(resp.closedByServer);
   const std::string admin = server.openSession("admin");
-  const KeloAnswer allowed = test::callOnce(
-      port(), GetParam(), "PUT", "/1/test/resources/alpha", {{"Cookie", "SessionID=" + admin}},
-      "new");
+  const KeloAnswer allowed = test::callOnce(port(), GetParam(), "PUT", "/1/test/resources/alpha",
+                                            {{"Cookie", "SessionID=" + admin}}, "new");
   EXPECT_EQ(allowed.status, 204);
   EXPECT_EQ(server.host().peek("/test/alpha")->values.at("value").getStringValue(), "new");
 }
@@ -159,7 +157,8 @@ TEST_P(ListedRemoteAddress, AListedRemotePeerIsLocalAndAnotherIsNot) {
   EXPECT_TRUE(markedLocal(KeloResourceAction(CCRUD::Read, "/a", &server.kelo(), "", listed)));
   auto first = web::HttpRequest::newHttpRequest();
   first->setPeerAddr(web::InetAddress("10.20.30.40", 5555));
-  EXPECT_TRUE(markedLocal(KeloResourceAction(CCRUD::Read, "/a", Resource(), &server.kelo(), "", first)));
+  EXPECT_TRUE(
+      markedLocal(KeloResourceAction(CCRUD::Read, "/a", Resource(), &server.kelo(), "", first)));
   auto other = web::HttpRequest::newHttpRequest();
   other->setPeerAddr(web::InetAddress("10.20.30.41", 5555));
   EXPECT_FALSE(markedLocal(KeloResourceAction(CCRUD::Read, "/a", &server.kelo(), "", other)));

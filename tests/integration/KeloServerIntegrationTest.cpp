@@ -8,18 +8,18 @@
 #include <sstream>
 
 #include "kelo/Kelo.h"
+#include "support/KeloCalls.h"
 #include "support/KeloTestRoutes.h"
 #include "support/KeloTestServer.h"
-#include "support/KeloCalls.h"
 #include "tavelabi/TermTint.h"
 
 namespace halvor::kelo {
 namespace {
 
 using tavelabi::PluginStatus;
+using test::KeloAnswer;
 using test::KeloTestServer;
 using test::KeloTestServerOptions;
-using test::KeloAnswer;
 
 void expectOptionsAnswer(const KeloAnswer& resp) {
   EXPECT_EQ(resp.status, 200);
@@ -63,12 +63,12 @@ TEST(KeloServerTest, WithoutBypassAGetHasNoOriginHeader) {
   options.registerRoutes = test::registerTestRoutes;
   KeloTestServer server(options);
   server.start();
-  const KeloAnswer resp =
-      test::callOnce(server.httpPort(), false, "GET", "/1/test/resource");
+  const KeloAnswer resp = test::callOnce(server.httpPort(), false, "GET", "/1/test/resource");
   EXPECT_EQ(resp.status, 500);
   EXPECT_FALSE(resp.hasHeader("Access-Control-Allow-Origin"));
   EXPECT_FALSE(resp.hasHeader("Access-Control-Allow-Credentials"));
-  const KeloAnswer options2 = test::callOnce(server.httpPort(), false, "OPTIONS", "/1/test/resource");
+  const KeloAnswer options2 =
+      test::callOnce(server.httpPort(), false, "OPTIONS", "/1/test/resource");
   expectOptionsAnswer(options2);
   EXPECT_FALSE(options2.hasHeader("Access-Control-Allow-Origin"));
 }

@@ -11,15 +11,14 @@ namespace halvor::kelo::test {
 namespace {
 
 std::string answerJson(bool local, const std::string& value) {
-  return std::string("{\"local\":") + (local ? "true" : "false") + ",\"value\":\"" + value +
-         "\"}";
+  return std::string("{\"local\":") + (local ? "true" : "false") + ",\"value\":\"" + value + "\"}";
 }
 
 }  // namespace
 
-void GetTestResource::processHttpRequest(const web::HttpRequestPtr& req,
-                                         web::HttpResponsePtr& resp, tavelabi::ITavel* tavel,
-                                         tavelabi::IPluginInfo* info, std::string sessionId) {
+void GetTestResource::processHttpRequest(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
+                                         tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
+                                         std::string sessionId) {
   const std::string fail = req->getParameter("fail");
   if (fail == "range") {
     throw std::out_of_range("map::at");
@@ -40,20 +39,18 @@ void GetTestResource::processHttpRequest(const web::HttpRequestPtr& req,
 
 void TestResourceHandler::getResourceWrapper(const web::HttpRequestPtr& req,
                                              web::ResponseCallback&& callback, std::string name) {
-  frame(req, callback,
-        [&](web::HttpResponsePtr& resp, tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-            const std::string& sessionId) {
-          getResource(req, resp, tavel, info, sessionId, name);
-        });
+  frame(
+      req, callback,
+      [&](web::HttpResponsePtr& resp, tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
+          const std::string& sessionId) { getResource(req, resp, tavel, info, sessionId, name); });
 }
 
 void TestResourceHandler::putResourceWrapper(const web::HttpRequestPtr& req,
                                              web::ResponseCallback&& callback, std::string name) {
-  frame(req, callback,
-        [&](web::HttpResponsePtr& resp, tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-            const std::string& sessionId) {
-          putResource(req, resp, tavel, info, sessionId, name);
-        });
+  frame(
+      req, callback,
+      [&](web::HttpResponsePtr& resp, tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
+          const std::string& sessionId) { putResource(req, resp, tavel, info, sessionId, name); });
 }
 
 void TestResourceHandler::getResource(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,

@@ -1,5 +1,6 @@
 #include "support/KeloTestServer.h"
 
+#include <json/json.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -9,8 +10,6 @@
 #include <sstream>
 #include <stdexcept>
 #include <thread>
-
-#include <json/json.h>
 
 #include "tavelabi/PluginStatus.h"
 
@@ -131,7 +130,8 @@ void KeloTestServer::makeSelfSignedCertificate(const std::string& certificate,
                                                const std::string& key) {
   const std::string command =
       "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 "
-      "-subj /CN=localhost -keyout '" + key + "' -out '" + certificate + "' >/dev/null 2>&1";
+      "-subj /CN=localhost -keyout '" +
+      key + "' -out '" + certificate + "' >/dev/null 2>&1";
   if (std::system(command.c_str()) != 0) {
     throw std::runtime_error("openssl could not make a certificate");
   }
@@ -152,9 +152,9 @@ void KeloTestServer::initOnly() {
 
 void KeloTestServer::start() {
   initOnly();
-  const bool serving = waitFor(
-      [this] { return web::app().isRunning() && web::app().getListeners().size() >= 2; },
-      std::chrono::seconds(20));
+  const bool serving =
+      waitFor([this] { return web::app().isRunning() && web::app().getListeners().size() >= 2; },
+              std::chrono::seconds(20));
   if (!serving || !plugin->isRunning()) {
     const tavelabi::PluginStatus status = plugin->currentStatus();
     throw std::runtime_error("the plug-in does not serve: " + status.getText());
@@ -163,9 +163,7 @@ void KeloTestServer::start() {
 
 std::uint16_t KeloTestServer::httpPort() const { return web::app().getListeners().at(0).toPort(); }
 
-std::uint16_t KeloTestServer::httpsPort() const {
-  return web::app().getListeners().at(1).toPort();
-}
+std::uint16_t KeloTestServer::httpsPort() const { return web::app().getListeners().at(1).toPort(); }
 
 std::string KeloTestServer::openSession(const std::string& user) {
   return tavel->openSession(user);

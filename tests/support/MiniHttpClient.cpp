@@ -28,9 +28,9 @@ MiniHttpClient::MiniHttpClient(std::uint16_t p, bool t) : port(p), tls(t) {}
 
 MiniHttpClient::~MiniHttpClient() = default;
 
-MiniResponse MiniHttpClient::request(const std::string& method, const std::string& target,
-                                     const std::vector<std::pair<std::string, std::string>>& headers,
-                                     const std::string& body) {
+MiniResponse MiniHttpClient::request(
+    const std::string& method, const std::string& target,
+    const std::vector<std::pair<std::string, std::string>>& headers, const std::string& body) {
   if (!client) {
     client = std::make_unique<HttpClient>("127.0.0.1", port, tls);
   }

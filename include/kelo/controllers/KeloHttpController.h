@@ -34,7 +34,7 @@ class KeloHttpController : public HttpSimpleControllerBase {
                             const std::vector<HttpMethod>& constraints,
                             const std::string& description) {
     application.registerHttpSimpleController<T>(KeloFrame::versionedPath(path), constraints,
-                                                 description);
+                                                description);
   }
 };
 
@@ -59,8 +59,7 @@ class HttpController {
   static void registerWrapper(HttpAppFramework& application, const std::string& path,
                               void (T::*wrapper)(const HttpRequestPtr&, ResponseCallback&&,
                                                  Params...),
-                              const std::vector<HttpMethod>& constraints,
-                              const std::string& name) {
+                              const std::vector<HttpMethod>& constraints, const std::string& name) {
     application.registerHandler(KeloFrame::versionedPath(path), wrapper, constraints, name);
   }
 };

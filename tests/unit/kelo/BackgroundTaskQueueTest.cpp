@@ -1,5 +1,3 @@
-#include "kelo/BackgroundTaskQueue.h"
-
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
 
@@ -7,6 +5,8 @@
 #include <chrono>
 #include <future>
 #include <thread>
+
+#include "kelo/BackgroundTaskQueue.h"
 
 namespace halvor::kelo {
 namespace {

@@ -1,5 +1,3 @@
-#include "kelo/ConcurrentTaskQueue.h"
-
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -7,6 +5,8 @@
 #include <future>
 #include <mutex>
 #include <vector>
+
+#include "kelo/ConcurrentTaskQueue.h"
 
 namespace halvor::kelo {
 namespace {

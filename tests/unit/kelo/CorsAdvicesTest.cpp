@@ -1,6 +1,6 @@
-#include "kelo/CorsAdvices.h"
-
 #include <gtest/gtest.h>
+
+#include "kelo/CorsAdvices.h"
 
 namespace halvor::kelo {
 namespace {

@@ -1,6 +1,6 @@
-#include "kelo/Exceptions.h"
-
 #include <gtest/gtest.h>
+
+#include "kelo/Exceptions.h"
 
 namespace halvor::kelo {
 namespace {

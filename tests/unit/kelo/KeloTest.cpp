@@ -1,5 +1,3 @@
-#include "kelo/Kelo.h"
-
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -7,6 +5,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "kelo/Kelo.h"
 #include "sim/SimTavel.h"
 #include "support/KeloTestServer.h"
 #include "tavelabi/BuildIdentifier.h"
@@ -295,8 +294,7 @@ TEST_F(TimedTasksTest, EntriesLapseAfterTheirCount) {
 }
 
 TEST_F(TimedTasksTest, AnAnswerWithoutValueThrowsAndTheFlagStays) {
-  ResourceAction create(CCRUD::Create, "/kelo/websocketConnectivities",
-                        Resource(), nullptr, "");
+  ResourceAction create(CCRUD::Create, "/kelo/websocketConnectivities", Resource(), nullptr, "");
   host.processInternalAction(create);
   EXPECT_THROW(kelo.checkHeartbeat(), std::out_of_range);
   const auto now = std::chrono::steady_clock::now();
@@ -417,10 +415,10 @@ TEST(KeloInitTest, ASessionThatIsNotMadeIsAnAuthenticationFailure) {
   NoSessionHost host;
   Kelo kelo(&host);
   kelo.init(2, files.logConfigFile(), files.configFile());
-  EXPECT_EQ(history(host), (History{{PluginStatus::Initializing, "Initializing"},
-                                    {PluginStatus::AuthenticationFailure,
-                                     "Session is not generated"},
-                                    {PluginStatus::Stopped, "Kelo Shutting down."}}));
+  EXPECT_EQ(history(host),
+            (History{{PluginStatus::Initializing, "Initializing"},
+                     {PluginStatus::AuthenticationFailure, "Session is not generated"},
+                     {PluginStatus::Stopped, "Kelo Shutting down."}}));
   const std::string log = readFile(files.directory().string() + "/logs/Kelo2.log");
   EXPECT_NE(log.find("no sessions today"), std::string::npos) << log;
 }
@@ -432,11 +430,9 @@ TEST(KeloInitTest, ARefusedVersionRegistrationIsARuntimeFailure) {
   server.initOnly();
   const auto records = history(server.host());
   ASSERT_EQ(records.size(), 3u);
-  EXPECT_EQ(records[1],
-            std::make_pair(PluginStatus::RuntimeFailure,
-                           std::string("Unable to register version /versions/Kelo")));
-  EXPECT_NE(server.readLog().find("Unable to register version /versions/Kelo"),
-            std::string::npos);
+  EXPECT_EQ(records[1], std::make_pair(PluginStatus::RuntimeFailure,
+                                       std::string("Unable to register version /versions/Kelo")));
+  EXPECT_NE(server.readLog().find("Unable to register version /versions/Kelo"), std::string::npos);
   EXPECT_FALSE(server.host().peek("/versions/Kelo").has_value());
 }
 
@@ -462,8 +458,7 @@ void expectCreateFailure(const std::string& path, const std::string& text) {
   EXPECT_EQ(history(host), (History{{PluginStatus::Initializing, "Initializing"},
                                     {PluginStatus::RuntimeFailure, text},
                                     {PluginStatus::Stopped, "Kelo Shutting down."}}));
-  EXPECT_NE(readFile(files.directory().string() + "/logs/Kelo2.log").find(text),
-            std::string::npos);
+  EXPECT_NE(readFile(files.directory().string() + "/logs/Kelo2.log").find(text), std::string::npos);
   EXPECT_FALSE(kelo.isWebServerConfigured());
 }
 
@@ -482,13 +477,11 @@ TEST(KeloInitTest, MissingCertificatesAreAConfigurationFailure) {
   options.localhostIps = {"10.1.1.1", "10.1.1.2"};
   KeloTestServer server(options);
   server.initOnly();
-  const std::string text =
-      "Missing SSL certificates! Missing file: " + server.privateKeyFile() +
-      " No such file or directory";
-  EXPECT_EQ(history(server.host()),
-            (History{{PluginStatus::Initializing, "Initializing"},
-                     {PluginStatus::ConfigurationFailure, text},
-                     {PluginStatus::Stopped, "Kelo Shutting down."}}));
+  const std::string text = "Missing SSL certificates! Missing file: " + server.privateKeyFile() +
+                           " No such file or directory";
+  EXPECT_EQ(history(server.host()), (History{{PluginStatus::Initializing, "Initializing"},
+                                             {PluginStatus::ConfigurationFailure, text},
+                                             {PluginStatus::Stopped, "Kelo Shutting down."}}));
   EXPECT_NE(server.readLog().find(TermTint::brightRed(text)), std::string::npos);
   EXPECT_FALSE(server.kelo().isWebServerConfigured());
   EXPECT_FALSE(server.kelo().isRunning());

@@ -1,9 +1,8 @@
-#include "kelo/WebKeloInterface.h"
-
 #include <gtest/gtest.h>
 
-#include "sim/SimTavel.h"
 #include "kelo/Kelo.h"
+#include "kelo/WebKeloInterface.h"
+#include "sim/SimTavel.h"
 
 namespace halvor::kelo {
 namespace {

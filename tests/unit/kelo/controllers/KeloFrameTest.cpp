@@ -1,5 +1,3 @@
-#include "kelo/controllers/KeloFrame.h"
-
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -8,6 +6,7 @@
 #include "kelo/Exceptions.h"
 #include "kelo/Kelo.h"
 #include "kelo/WebKeloInterface.h"
+#include "kelo/controllers/KeloFrame.h"
 #include "kelo/controllers/KeloHttpController.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "sim/SimTavel.h"
@@ -16,9 +15,9 @@
 namespace halvor::kelo {
 namespace {
 
-using Behaviour = std::function<void(const web::HttpRequestPtr&, web::HttpResponsePtr&,
-                                     tavelabi::ITavel*, tavelabi::IPluginInfo*,
-                                     const std::string&)>;
+using Behaviour =
+    std::function<void(const web::HttpRequestPtr&, web::HttpResponsePtr&, tavelabi::ITavel*,
+                       tavelabi::IPluginInfo*, const std::string&)>;
 
 // What the handler saw and does, set by each test.
 struct Seen {
@@ -51,13 +50,11 @@ class ParamHandler : public web::HttpController<ParamHandler> {
                        std::string name) {
     frame(req, callback,
           [&](web::HttpResponsePtr& resp, tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-              const std::string& sessionId) {
-            getThing(req, resp, tavel, info, sessionId, name);
-          });
+              const std::string& sessionId) { getThing(req, resp, tavel, info, sessionId, name); });
   }
   virtual void getThing(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
-                        tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-                        std::string sessionId, std::string name) {
+                        tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info, std::string sessionId,
+                        std::string name) {
     Seen::called = true;
     Seen::sessionId = sessionId;
     Seen::param = name;
@@ -93,9 +90,8 @@ class KeloFrameTest : public ::testing::Test {
       req->addHeader("Cookie", "SessionID=" + cookie);
     }
     web::HttpResponsePtr answer;
-    handler.asyncHandleHttpRequest(req, [&answer](const web::HttpResponsePtr& resp) {
-      answer = resp;
-    });
+    handler.asyncHandleHttpRequest(req,
+                                   [&answer](const web::HttpResponsePtr& resp) { answer = resp; });
     return answer;
   }
 
@@ -178,22 +174,20 @@ TEST_F(KeloFrameTest, ARefusedRightIs403KeepingWhatTheHandlerWrote) {
 
 TEST_F(KeloFrameTest, AMissingQueryParameterIs500WithItsText) {
   Seen::behaviour = [](const web::HttpRequestPtr&, web::HttpResponsePtr&, tavelabi::ITavel*,
-                       tavelabi::IPluginInfo*, const std::string&) {
-    throw RequestMissingQueryParameter("path");
-  };
+                       tavelabi::IPluginInfo*,
+                       const std::string&) { throw RequestMissingQueryParameter("path"); };
   auto resp = callSimple();
   EXPECT_EQ(resp->statusCode(), 500);
   EXPECT_EQ(resp->contentType(), web::CT_TEXT_PLAIN);
   EXPECT_NE(resp->body().find("Request missing query parameter: path."), std::string::npos)
       << resp->body();
-  EXPECT_NE(resp->body().find("RequestMissingQueryParameter"), std::string::npos)
-      << resp->body();
+  EXPECT_NE(resp->body().find("RequestMissingQueryParameter"), std::string::npos) << resp->body();
   EXPECT_TRUE(resp->ifCloseConnection());
 }
 
 TEST_F(KeloFrameTest, AnyOtherFailureIs500) {
-  Seen::behaviour = [](const web::HttpRequestPtr&, web::HttpResponsePtr& resp,
-                       tavelabi::ITavel*, tavelabi::IPluginInfo*, const std::string&) {
+  Seen::behaviour = [](const web::HttpRequestPtr&, web::HttpResponsePtr& resp, tavelabi::ITavel*,
+                       tavelabi::IPluginInfo*, const std::string&) {
     resp->setBody("{\"half\":");
     tavelabi::ResourceValue::Map empty;
     (void)empty.at("value");
@@ -206,16 +200,14 @@ TEST_F(KeloFrameTest, AnyOtherFailureIs500) {
 
 TEST_F(KeloFrameTest, AHostFailureOtherThanTheTwoIs500) {
   const std::string session = host.openSession("admin");
-  Seen::behaviour = [](const web::HttpRequestPtr&, web::HttpResponsePtr&,
-                       tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-                       const std::string& sessionId) {
+  Seen::behaviour = [](const web::HttpRequestPtr&, web::HttpResponsePtr&, tavelabi::ITavel* tavel,
+                       tavelabi::IPluginInfo* info, const std::string& sessionId) {
     tavelabi::ResourceAction read(tavelabi::CCRUD::Read, "/no/such/path", info, sessionId);
     tavel->processResourceAction(read);
   };
   auto resp = callSimple(session);
   EXPECT_EQ(resp->statusCode(), 500);
-  EXPECT_NE(resp->body().find("No resource at /no/such/path"), std::string::npos)
-      << resp->body();
+  EXPECT_NE(resp->body().find("No resource at /no/such/path"), std::string::npos) << resp->body();
 }
 
 TEST_F(KeloFrameTest, AnEmptyCallbackThrowsBadFunctionCallAfterTheHandler) {
@@ -237,9 +229,8 @@ TEST_F(KeloFrameTest, ThePathParameterFormPassesItsParameter) {
 }
 
 TEST_F(KeloFrameTest, ThePathParameterFormMapsFailuresAlike) {
-  Seen::behaviour = [](const web::HttpRequestPtr&, web::HttpResponsePtr&,
-                       tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-                       const std::string& sessionId) {
+  Seen::behaviour = [](const web::HttpRequestPtr&, web::HttpResponsePtr&, tavelabi::ITavel* tavel,
+                       tavelabi::IPluginInfo* info, const std::string& sessionId) {
     tavelabi::ResourceAction read(tavelabi::CCRUD::Read, "/x", info, sessionId);
     tavel->processResourceAction(read);
   };
@@ -247,9 +238,7 @@ TEST_F(KeloFrameTest, ThePathParameterFormMapsFailuresAlike) {
   EXPECT_EQ(dead->statusCode(), 440);
   EXPECT_TRUE(dead->ifCloseConnection());
   Seen::behaviour = [](const web::HttpRequestPtr&, web::HttpResponsePtr&, tavelabi::ITavel*,
-                       tavelabi::IPluginInfo*, const std::string&) {
-    throw InvalidJson("bad");
-  };
+                       tavelabi::IPluginInfo*, const std::string&) { throw InvalidJson("bad"); };
   auto failed = callParam("a");
   EXPECT_EQ(failed->statusCode(), 500);
   EXPECT_NE(failed->body().find("Invalid Json: bad."), std::string::npos);

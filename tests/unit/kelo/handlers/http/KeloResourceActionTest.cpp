@@ -1,7 +1,6 @@
-#include "kelo/handlers/http/KeloResourceAction.h"
-
 #include <gtest/gtest.h>
 
+#include "kelo/handlers/http/KeloResourceAction.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/Resource.h"
 
