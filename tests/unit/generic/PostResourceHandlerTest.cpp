@@ -84,6 +84,15 @@ TEST_F(PostResourceHandlerTest, ValueWithoutTypeReachesTheHostUnspecified) {
   EXPECT_EQ(sent.values.at("value").getType(), ResourceValueType::UNSPECIFIED_RESOURCE_TYPE);
 }
 
+TEST_F(PostResourceHandlerTest, PrintedByteArraySentBackReachesTheHostUnspecified) {
+  // A host byte array is answered as bytesValue without type; sent back as it came, the host
+  // gets a value of no type.
+  post(host, "path=/x", R"({"values":{"blob":{"bytesValue":"Af8="}}})");
+  const tavelabi::Resource& sent = host.onlyAction().resource;
+  ASSERT_EQ(sent.values.count("blob"), 1u);
+  EXPECT_EQ(sent.values.at("blob").getType(), ResourceValueType::UNSPECIFIED_RESOURCE_TYPE);
+}
+
 TEST_F(PostResourceHandlerTest, EmptyListReachesTheHostAsAnEmptyList) {
   post(host, "path=/x", R"({"values":{"value":{"type":"LIST_VALUE"}}})");
   const tavelabi::ResourceValue& sent = host.onlyAction().resource.values.at("value");
