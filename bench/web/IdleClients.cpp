@@ -1,17 +1,16 @@
 // Opens N keep-alive connections to a server, makes one request on each, and holds them open
 // until killed, so that the server's memory with many idle connections can be measured.
 // Usage: bench-web-idle-clients HOST PORT N PATH
-#include <cstdlib>
-#include <iostream>
-#include <string>
-#include <thread>
-#include <vector>
-
 #include <boost/asio/connect.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/read_until.hpp>
 #include <boost/asio/streambuf.hpp>
 #include <boost/asio/write.hpp>
+#include <cstdlib>
+#include <iostream>
+#include <string>
+#include <thread>
+#include <vector>
 
 namespace asio = boost::asio;
 using tcp = asio::ip::tcp;

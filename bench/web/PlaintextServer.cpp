@@ -39,15 +39,14 @@ int main(int argc, char** argv) {
   application.setThreadNum(threads);
   application.config().idleConnectionTimeout = 0;
   application.addListener("0.0.0.0", static_cast<std::uint16_t>(port));
-  application.registerHandler(
-      "/plaintext",
-      [](const HttpRequestPtr&, ResponseCallback&& callback) {
-        auto response = HttpResponse::newHttpResponse();
-        response->setContentTypeCode(CT_TEXT_PLAIN);
-        response->setBody("Hello, World!");
-        callback(response);
-      },
-      {Get});
+  application.registerHandler("/plaintext",
+                              [](const HttpRequestPtr&, ResponseCallback&& callback) {
+                                auto response = HttpResponse::newHttpResponse();
+                                response->setContentTypeCode(CT_TEXT_PLAIN);
+                                response->setBody("Hello, World!");
+                                callback(response);
+                              },
+                              {Get});
   std::signal(SIGINT, onSignal);
   std::signal(SIGTERM, onSignal);
   try {

@@ -36,8 +36,9 @@ const std::string& HttpResponse::getHeader(std::string_view name) const {
 }
 
 void HttpResponse::removeHeader(std::string_view name) {
-  std::erase_if(headers_,
-                [name](const auto& field) { return FieldLookup::equalsIgnoreCase(field.first, name); });
+  std::erase_if(headers_, [name](const auto& field) {
+    return FieldLookup::equalsIgnoreCase(field.first, name);
+  });
 }
 
 void HttpResponse::addCookie(std::string name, std::string value) {

@@ -1,17 +1,16 @@
 #pragma once
 
 #include <array>
-#include <cstdint>
-#include <memory>
-#include <optional>
-#include <string>
-
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http/error.hpp>
 #include <boost/beast/http/read.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
 
 #include "ConnectionLimiter.h"
 #include "IoThread.h"
@@ -168,8 +167,8 @@ class HttpSession : public TrackedConnection {
   }
 
   void route() {
-    Router::Match match = state_->router.match(request_->path(), request_->method(),
-                                               request_->routingParameters());
+    Router::Match match =
+        state_->router.match(request_->path(), request_->method(), request_->routingParameters());
     switch (match.outcome) {
       case Router::Outcome::Found:
         return invoke(state_->routes[match.target]);

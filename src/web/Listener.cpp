@@ -66,8 +66,8 @@ std::shared_ptr<asio::ssl::context> Listener::makeTlsContext(const ListenerConfi
   }
   if (!config.sslConfCmds.empty()) {
     SSL_CONF_CTX* conf = SSL_CONF_CTX_new();
-    SSL_CONF_CTX_set_flags(conf, SSL_CONF_FLAG_FILE | SSL_CONF_FLAG_SERVER |
-                                     SSL_CONF_FLAG_CERTIFICATE);
+    SSL_CONF_CTX_set_flags(conf,
+                           SSL_CONF_FLAG_FILE | SSL_CONF_FLAG_SERVER | SSL_CONF_FLAG_CERTIFICATE);
     SSL_CONF_CTX_set_ssl_ctx(conf, context->native_handle());
     for (const auto& [name, value] : config.sslConfCmds) {
       if (SSL_CONF_cmd(conf, name.c_str(), value.c_str()) <= 0) {

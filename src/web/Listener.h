@@ -1,12 +1,11 @@
 #pragma once
 
 #include <atomic>
-#include <memory>
-#include <vector>
-
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/context.hpp>
 #include <boost/asio/steady_timer.hpp>
+#include <memory>
+#include <vector>
 
 #include "IoThread.h"
 #include "ServerState.h"

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <memory>
-
 #include <boost/asio/ip/tcp.hpp>
+#include <memory>
 
 #include "HttpSession.h"
 

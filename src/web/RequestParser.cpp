@@ -3,10 +3,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <boost/beast/http/error.hpp>
 #include <cstdio>
 #include <vector>
-
-#include <boost/beast/http/error.hpp>
 
 #include "FieldLookup.h"
 #include "UrlCodec.h"
@@ -98,8 +97,8 @@ bool RequestParser::appendBody(string_view chunk) {
   if (bodyFile_ < 0 && request_.bodyLength() + chunk.size() > maxMemoryBody_) {
     if (!openBodyFile()) return false;
     std::string_view sofar = request_.body();
-    if (!sofar.empty() && ::write(bodyFile_, sofar.data(), sofar.size()) !=
-                              static_cast<ssize_t>(sofar.size())) {
+    if (!sofar.empty() &&
+        ::write(bodyFile_, sofar.data(), sofar.size()) != static_cast<ssize_t>(sofar.size())) {
       return false;
     }
     bodyFileLength_ = sofar.size();

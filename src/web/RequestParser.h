@@ -1,9 +1,8 @@
 #pragma once
 
+#include <boost/beast/http/basic_parser.hpp>
 #include <cstdint>
 #include <string>
-
-#include <boost/beast/http/basic_parser.hpp>
 
 #include "kelo/web/HttpRequest.h"
 
@@ -25,8 +24,8 @@ class RequestParser : public boost::beast::http::basic_parser<true> {
   bool expectsContinue() const { return expectsContinue_; }
 
  private:
-  void on_request_impl(boost::beast::http::verb method, string_view methodText,
-                       string_view target, int version, error_code& ec) override;
+  void on_request_impl(boost::beast::http::verb method, string_view methodText, string_view target,
+                       int version, error_code& ec) override;
   void on_response_impl(int code, string_view reason, int version, error_code& ec) override;
   void on_field_impl(boost::beast::http::field name, string_view nameText, string_view value,
                      error_code& ec) override;

@@ -47,8 +47,8 @@ const std::string& ResponseSerializer::dateLine() {
     std::tm parts{};
     gmtime_r(&now, &parts);
     char text[64];
-    std::size_t length = std::strftime(text, sizeof(text), "Date: %a, %d %b %Y %H:%M:%S GMT\r\n",
-                                       &parts);
+    std::size_t length =
+        std::strftime(text, sizeof(text), "Date: %a, %d %b %Y %H:%M:%S GMT\r\n", &parts);
     line.assign(text, length);
   }
   return line;

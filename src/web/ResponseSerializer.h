@@ -10,8 +10,8 @@ namespace halvor::kelo::web {
 class ResponseSerializer {
  public:
   struct Options {
-    bool close = false;           // "Connection: close"
-    bool keepAliveHeader = false; // "Connection: keep-alive" (HTTP/1.0 clients)
+    bool close = false;            // "Connection: close"
+    bool keepAliveHeader = false;  // "Connection: keep-alive" (HTTP/1.0 clients)
     bool serverHeader = false;
   };
   // Replaces the content of `out`. Content-Length is always written (the body's size, also

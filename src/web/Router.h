@@ -29,8 +29,7 @@ class Router {
   void add(const std::string& pattern, std::uint32_t methods, std::size_t target);
   // Literal routes win over routes with parameters; among those, the first registered wins.
   // HEAD is admitted where GET is. `parameters` receives the parameter values when Found.
-  Match match(std::string_view path, HttpMethod method,
-              std::vector<std::string>& parameters) const;
+  Match match(std::string_view path, HttpMethod method, std::vector<std::string>& parameters) const;
   // True when some route's pattern matches `path`, whatever the method.
   bool knowsPath(std::string_view path) const;
 

@@ -1,11 +1,10 @@
 #include "SessionErrors.h"
 
-#include <string>
-
 #include <boost/asio/error.hpp>
 #include <boost/asio/ssl/error.hpp>
 #include <boost/beast/http/error.hpp>
 #include <boost/beast/websocket/error.hpp>
+#include <string>
 
 #include "kelo/web/Log.h"
 

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <string_view>
-
 #include <boost/beast/core/error.hpp>
+#include <string_view>
 
 namespace halvor::kelo::web {
 

@@ -3,9 +3,9 @@
 namespace halvor::kelo::web {
 
 SslHttpSession::SslHttpSession(boost::asio::ip::tcp::socket&& socket,
-                               std::shared_ptr<boost::asio::ssl::context> tls,
-                               ServerStatePtr state, IoThreadPtr io, ConnectionLimiter::Slot slot,
-                               InetAddress peer, InetAddress local)
+                               std::shared_ptr<boost::asio::ssl::context> tls, ServerStatePtr state,
+                               IoThreadPtr io, ConnectionLimiter::Slot slot, InetAddress peer,
+                               InetAddress local)
     : HttpSession(std::move(state), std::move(io), std::move(slot), std::move(peer),
                   std::move(local)),
       tls_(std::move(tls)),
@@ -17,10 +17,9 @@ void SslHttpSession::run() {
   beginTracking();
   // Idle until the handshake is done: a client that never finishes it is closed like an idle one.
   reading_ = true;
-  stream_.async_handshake(boost::asio::ssl::stream_base::server,
-                          [self = shared_from_this()](boost::beast::error_code ec) {
-                            self->onHandshake(ec);
-                          });
+  stream_.async_handshake(
+      boost::asio::ssl::stream_base::server,
+      [self = shared_from_this()](boost::beast::error_code ec) { self->onHandshake(ec); });
 }
 
 void SslHttpSession::onHandshake(boost::beast::error_code ec) {

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <memory>
-
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/context.hpp>
 #include <boost/beast/ssl/ssl_stream.hpp>
+#include <memory>
 
 #include "HttpSession.h"
 
@@ -18,8 +17,7 @@ class SslHttpSession : public HttpSession<SslHttpSession>,
 
   SslHttpSession(boost::asio::ip::tcp::socket&& socket,
                  std::shared_ptr<boost::asio::ssl::context> tls, ServerStatePtr state,
-                 IoThreadPtr io, ConnectionLimiter::Slot slot, InetAddress peer,
-                 InetAddress local);
+                 IoThreadPtr io, ConnectionLimiter::Slot slot, InetAddress peer, InetAddress local);
 
   // On the connection's I/O thread: the handshake, then requests.
   void run();

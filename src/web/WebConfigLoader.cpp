@@ -1,10 +1,10 @@
+#include <json/reader.h>
+
 #include <cctype>
 #include <fstream>
 #include <limits>
 #include <sstream>
 #include <stdexcept>
-
-#include <json/reader.h>
 
 #include "kelo/web/WebConfig.h"
 
@@ -21,8 +21,7 @@ std::string readString(const Json::Value& object, const std::string& key, std::s
   return object[key].asString();
 }
 
-std::uint64_t readCount(const Json::Value& object, const std::string& key,
-                        std::uint64_t fallback) {
+std::uint64_t readCount(const Json::Value& object, const std::string& key, std::uint64_t fallback) {
   if (!object.isMember(key)) return fallback;
   const Json::Value& value = object[key];
   if (!value.isIntegral() || !value.isUInt64()) badValue(key, "a non-negative integer");
@@ -43,8 +42,8 @@ std::uint64_t readSize(const Json::Value& object, const std::string& key, std::u
   try {
     return WebConfigLoader::parseSize(value.asString());
   } catch (const std::invalid_argument&) {
-    badValue(key, "a size such as \"64K\", \"1M\" or a number of bytes, not \"" +
-                      value.asString() + "\"");
+    badValue(key, "a size such as \"64K\", \"1M\" or a number of bytes, not \"" + value.asString() +
+                      "\"");
   }
 }
 
@@ -143,7 +142,8 @@ WebConfig WebConfigLoader::fromJson(const Json::Value& root) {
   if (root.isMember("app")) readApp(root["app"], config);
   if (root.isMember("listeners")) {
     if (!root["listeners"].isArray()) badValue("listeners", "an array");
-    for (const Json::Value& entry : root["listeners"]) config.listeners.push_back(readListener(entry));
+    for (const Json::Value& entry : root["listeners"])
+      config.listeners.push_back(readListener(entry));
   }
   if (root.isMember("plugins")) {
     if (!root["plugins"].isArray()) badValue("plugins", "an array");

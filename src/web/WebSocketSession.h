@@ -1,11 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
-#include <deque>
-#include <memory>
-#include <string>
-
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/buffers_to_string.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
@@ -13,6 +8,10 @@
 #include <boost/beast/http/empty_body.hpp>
 #include <boost/beast/http/message.hpp>
 #include <boost/beast/websocket.hpp>
+#include <chrono>
+#include <deque>
+#include <memory>
+#include <string>
 
 #include "ConnectionLimiter.h"
 #include "IoThread.h"
@@ -100,7 +99,8 @@ class WebSocketSession : public WebSocketConnection,
 
   void shutdown(std::uint16_t code, const std::string& reason) override {
     if (!connected_.exchange(false)) return;
-    runOnThread([self = this->shared_from_this(), code, reason] { self->queueClose(code, reason); });
+    runOnThread(
+        [self = this->shared_from_this(), code, reason] { self->queueClose(code, reason); });
   }
 
   void forceClose() override {
@@ -166,10 +166,10 @@ class WebSocketSession : public WebSocketConnection,
   }
 
   void doRead() {
-    ws_.async_read(readBuffer_, [self = this->shared_from_this()](boost::beast::error_code ec,
-                                                                   std::size_t) {
-      self->onRead(ec);
-    });
+    ws_.async_read(readBuffer_,
+                   [self = this->shared_from_this()](boost::beast::error_code ec, std::size_t) {
+                     self->onRead(ec);
+                   });
   }
 
   void onRead(boost::beast::error_code ec) {
@@ -264,9 +264,9 @@ class WebSocketSession : public WebSocketConnection,
                        [onWritten](boost::beast::error_code ec) mutable { onWritten(ec); });
         break;
       case Kind::Close:
-        ws_.async_close(websocket::close_reason(static_cast<websocket::close_code>(item.code),
-                                                *item.data),
-                        [onWritten](boost::beast::error_code ec) mutable { onWritten(ec); });
+        ws_.async_close(
+            websocket::close_reason(static_cast<websocket::close_code>(item.code), *item.data),
+            [onWritten](boost::beast::error_code ec) mutable { onWritten(ec); });
         break;
     }
   }

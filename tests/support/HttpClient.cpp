@@ -1,8 +1,5 @@
 #include "HttpClient.h"
 
-#include <optional>
-#include <stdexcept>
-
 #include <boost/asio/connect.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
@@ -10,6 +7,8 @@
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http.hpp>
+#include <optional>
+#include <stdexcept>
 
 namespace halvor::kelo::test {
 
@@ -20,9 +19,7 @@ using tcp = asio::ip::tcp;
 
 namespace {
 
-bool sameName(const std::string& a, const std::string& b) {
-  return beast::iequals(a, b);
-}
+bool sameName(const std::string& a, const std::string& b) { return beast::iequals(a, b); }
 
 }  // namespace
 
@@ -124,11 +121,10 @@ void HttpClient::connect() {
   if (result) throw std::runtime_error("connect: " + result.message());
   if (impl.tls) {
     done = false;
-    impl.secure->async_handshake(asio::ssl::stream_base::client,
-                                 [&](boost::system::error_code ec) {
-                                   result = ec;
-                                   done = true;
-                                 });
+    impl.secure->async_handshake(asio::ssl::stream_base::client, [&](boost::system::error_code ec) {
+      result = ec;
+      done = true;
+    });
     impl.runUntil(done, "TLS handshake");
     if (result) throw std::runtime_error("TLS handshake: " + result.message());
   }
@@ -180,11 +176,10 @@ HttpReply HttpClient::readReply(bool head) {
   bool done = false;
   boost::system::error_code result;
   impl_->withStream([&](auto& stream) {
-    http::async_read(stream, impl_->buffer, parser,
-                     [&](boost::system::error_code ec, std::size_t) {
-                       result = ec;
-                       done = true;
-                     });
+    http::async_read(stream, impl_->buffer, parser, [&](boost::system::error_code ec, std::size_t) {
+      result = ec;
+      done = true;
+    });
   });
   impl_->runUntil(done, "read");
   if (result) {

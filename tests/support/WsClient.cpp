@@ -1,7 +1,5 @@
 #include "WsClient.h"
 
-#include <stdexcept>
-
 #include <boost/asio/connect.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
@@ -11,6 +9,7 @@
 #include <boost/beast/http.hpp>
 #include <boost/beast/websocket.hpp>
 #include <boost/beast/websocket/ssl.hpp>
+#include <stdexcept>
 
 namespace halvor::kelo::test {
 

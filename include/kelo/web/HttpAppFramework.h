@@ -1,5 +1,7 @@
 #pragma once
 
+#include <json/value.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -11,8 +13,6 @@
 #include <typeindex>
 #include <utility>
 #include <vector>
-
-#include <json/value.h>
 
 #include "kelo/web/HttpRequest.h"
 #include "kelo/web/HttpResponse.h"
@@ -62,9 +62,8 @@ class HttpAppFramework {
   // keyFile name PEM files; a "file://" in them is removed. useOldTLS admits TLS 1.0 and 1.1;
   // sslConfCmds are OpenSSL configuration commands (name, value).
   HttpAppFramework& addListener(const std::string& ip, std::uint16_t port, bool useSSL = false,
-                                const std::string& certFile = "",
-                                const std::string& keyFile = "", bool useOldTLS = false,
-                                const SslConfCmds& sslConfCmds = {});
+                                const std::string& certFile = "", const std::string& keyFile = "",
+                                bool useOldTLS = false, const SslConfCmds& sslConfCmds = {});
 
   // Threshold of the layer's own log lines (see Log.h), process-wide: 4 keeps errors only.
   HttpAppFramework& setLogLevel(int level);
@@ -202,9 +201,9 @@ template <class F>
 HttpAppFramework& HttpAppFramework::registerHandler(const std::string& pathPattern, F&& function,
                                                     const std::vector<HttpMethod>& constraints,
                                                     const std::string& description) {
-  return registerRoute(pathPattern,
-                       makeRouteHandler(std::forward<F>(function), countPathParameters(pathPattern)),
-                       constraints, description);
+  return registerRoute(
+      pathPattern, makeRouteHandler(std::forward<F>(function), countPathParameters(pathPattern)),
+      constraints, description);
 }
 
 template <class T, class... Params>
@@ -223,10 +222,9 @@ HttpAppFramework& HttpAppFramework::registerHandler(
                                auto&&... parameters) {
     ((*object).*method)(req, std::move(callback), std::string(parameters)...);
   };
-  return registerRoute(
-      pathPattern,
-      bindParameters<decltype(call), sizeof...(Params)>(std::move(call)),
-      constraints, description);
+  return registerRoute(pathPattern,
+                       bindParameters<decltype(call), sizeof...(Params)>(std::move(call)),
+                       constraints, description);
 }
 
 template <class T>
@@ -238,9 +236,9 @@ HttpAppFramework& HttpAppFramework::registerHttpSimpleController(
 
 template <class T>
 std::shared_ptr<T> HttpAppFramework::sharedInstance() {
-  return std::static_pointer_cast<T>(
-      sharedInstance(std::type_index(typeid(T)),
-                     [] { return std::static_pointer_cast<void>(std::make_shared<T>()); }));
+  return std::static_pointer_cast<T>(sharedInstance(std::type_index(typeid(T)), [] {
+    return std::static_pointer_cast<void>(std::make_shared<T>());
+  }));
 }
 
 template <class T>

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <json/value.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include <json/value.h>
 
 namespace halvor::kelo::web {
 
@@ -33,14 +33,13 @@ struct WebConfig {
   std::string uploadPath = "uploads";
   // Extensions (without dot, lower case) that static files may have. .json, .key, .crt, .pem
   // and .log are never served, whatever this list says.
-  std::vector<std::string> fileTypes = {"html", "js",  "css",  "xml", "xsl",  "txt",  "svg",
-                                        "ttf",  "otf", "woff", "woff2", "eot", "png", "jpg",
-                                        "jpeg", "gif", "bmp",  "ico", "icns", "webp", "wasm",
-                                        "map",  "pdf"};
-  std::uint64_t clientMaxBodySize = 1024 * 1024;                  // "1M"
-  std::uint64_t clientMaxMemoryBodySize = 64 * 1024;              // "64K"
-  std::uint64_t clientMaxWebSocketMessageSize = 128 * 1024;       // "128K"
-  std::uint64_t clientMaxWebSocketSendQueue = 8 * 1024 * 1024;   // "8M"
+  std::vector<std::string> fileTypes = {
+      "html", "js",  "css",  "xml", "xsl", "txt", "svg",  "ttf",  "otf",  "woff", "woff2", "eot",
+      "png",  "jpg", "jpeg", "gif", "bmp", "ico", "icns", "webp", "wasm", "map",  "pdf"};
+  std::uint64_t clientMaxBodySize = 1024 * 1024;                // "1M"
+  std::uint64_t clientMaxMemoryBodySize = 64 * 1024;            // "64K"
+  std::uint64_t clientMaxWebSocketMessageSize = 128 * 1024;     // "128K"
+  std::uint64_t clientMaxWebSocketSendQueue = 8 * 1024 * 1024;  // "8M"
   // Seconds without traffic after which a connection is closed; 0 disables the timeout.
   std::uint64_t idleConnectionTimeout = 60;
   std::size_t maxConnections = 100000;

@@ -1,5 +1,3 @@
-#include "kelo/web/HttpAppFramework.h"
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -10,6 +8,7 @@
 
 #include "HttpClient.h"
 #include "WebTestServer.h"
+#include "kelo/web/HttpAppFramework.h"
 
 using namespace halvor::kelo::web;
 using halvor::kelo::test::eventually;
@@ -44,8 +43,8 @@ struct PlaylistController {
 
 struct SimpleController : HttpSimpleControllerBase {
   void asyncHandleHttpRequest(const HttpRequestPtr& req, ResponseCallback&& callback) override {
-    callback(textResponse(std::string(req->methodString()) + " " + req->path() + "?" +
-                          req->query()));
+    callback(
+        textResponse(std::string(req->methodString()) + " " + req->path() + "?" + req->query()));
   }
 };
 
@@ -61,12 +60,11 @@ struct CountingPlugin : Plugin<CountingPlugin> {
 };
 
 void addEcho(HttpAppFramework& app) {
-  app.registerHandler(
-      "/echo",
-      [](const HttpRequestPtr& req, ResponseCallback&& callback) {
-        callback(textResponse(std::string(req->body())));
-      },
-      {Post, Put});
+  app.registerHandler("/echo",
+                      [](const HttpRequestPtr& req, ResponseCallback&& callback) {
+                        callback(textResponse(std::string(req->body())));
+                      },
+                      {Post, Put});
 }
 
 TEST(HttpAppFrameworkTest, LambdaRouteWithParametersAndConstraints) {
@@ -94,9 +92,8 @@ TEST(HttpAppFrameworkTest, MemberFunctionRoutesShareOneObject) {
   WebTestServer server([](HttpAppFramework& app) {
     app.registerHandler("/1/api/playlists/{guid}", &PlaylistController::getPlaylistWrapper, {Get},
                         "PlaylistController::getPlaylistWrapper");
-    app.registerHandler("/1/api/playlists/{guid}/items/{item}",
-                        &PlaylistController::getItemWrapper, {Get},
-                        "PlaylistController::getItemWrapper");
+    app.registerHandler("/1/api/playlists/{guid}/items/{item}", &PlaylistController::getItemWrapper,
+                        {Get}, "PlaylistController::getItemWrapper");
   });
   EXPECT_EQ(PlaylistController::instances, 1);
   HttpClient client("127.0.0.1", server.port());
@@ -107,9 +104,9 @@ TEST(HttpAppFrameworkTest, MemberFunctionRoutesShareOneObject) {
 
 TEST(HttpAppFrameworkTest, HandlerThatDoesNotTakeTheParametersIsRefused) {
   HttpAppFramework app;
-  EXPECT_THROW(app.registerHandler(
-                   "/x/{a}", [](const HttpRequestPtr&, ResponseCallback&&) {}, {Get}),
-               std::invalid_argument);
+  EXPECT_THROW(
+      app.registerHandler("/x/{a}", [](const HttpRequestPtr&, ResponseCallback&&) {}, {Get}),
+      std::invalid_argument);
   EXPECT_THROW(app.registerHandler("/x/{a}/{b}", &PlaylistController::getPlaylistWrapper, {Get}),
                std::invalid_argument);
 }
@@ -118,8 +115,8 @@ TEST(HttpAppFrameworkTest, SimpleControllerAndHandlersInfo) {
   WebTestServer server([](HttpAppFramework& app) {
     app.registerHttpSimpleController("/1/api/login", std::make_shared<SimpleController>(),
                                      {Post, Get}, "Login");
-    app.registerHandler(
-        "/any", [](const HttpRequestPtr&, ResponseCallback&& cb) { cb(textResponse("")); });
+    app.registerHandler("/any",
+                        [](const HttpRequestPtr&, ResponseCallback&& cb) { cb(textResponse("")); });
   });
   HttpClient client("127.0.0.1", server.port());
   EXPECT_EQ(client.request("POST", "/1/api/login?x=1").body, "POST /1/api/login?x=1");
@@ -240,18 +237,18 @@ TEST(HttpAppFrameworkTest, AnswerStatusAnyNumberAndCloseConnection) {
 
 TEST(HttpAppFrameworkTest, KeepAliveAndPipelinedRequestsAnsweredInOrder) {
   WebTestServer server([](HttpAppFramework& app) {
-    app.registerHandler("/n/{n}", [](const HttpRequestPtr&, ResponseCallback&& callback,
-                                     std::string n) {
-      if (n == "1") {
-        // The first answer comes last: order must still hold.
-        std::thread([callback = std::move(callback)] {
-          std::this_thread::sleep_for(std::chrono::milliseconds(100));
-          callback(textResponse("one"));
-        }).detach();
-        return;
-      }
-      callback(textResponse("n" + n));
-    });
+    app.registerHandler("/n/{n}",
+                        [](const HttpRequestPtr&, ResponseCallback&& callback, std::string n) {
+                          if (n == "1") {
+                            // The first answer comes last: order must still hold.
+                            std::thread([callback = std::move(callback)] {
+                              std::this_thread::sleep_for(std::chrono::milliseconds(100));
+                              callback(textResponse("one"));
+                            }).detach();
+                            return;
+                          }
+                          callback(textResponse("n" + n));
+                        });
   });
   HttpClient client("127.0.0.1", server.port());
   std::string pipeline;
@@ -269,9 +266,11 @@ TEST(HttpAppFrameworkTest, KeepAliveAndPipelinedRequestsAnsweredInOrder) {
 
 TEST(HttpAppFrameworkTest, HeadHasLengthButNoBody) {
   WebTestServer server([](HttpAppFramework& app) {
-    app.registerHandler("/h", [](const HttpRequestPtr&, ResponseCallback&& callback) {
-      callback(textResponse("twelve bytes"));
-    }, {Get});
+    app.registerHandler("/h",
+                        [](const HttpRequestPtr&, ResponseCallback&& callback) {
+                          callback(textResponse("twelve bytes"));
+                        },
+                        {Get});
   });
   HttpClient client("127.0.0.1", server.port());
   HttpReply head = client.request("HEAD", "/h");
@@ -308,8 +307,7 @@ TEST(HttpAppFrameworkTest, BindFailureIsAClearError) {
     FAIL() << "run() did not throw";
   } catch (const std::runtime_error& error) {
     EXPECT_EQ(std::string(error.what()),
-              "Cannot bind 127.0.0.1:" + std::to_string(first.port()) +
-                  ": Address already in use");
+              "Cannot bind 127.0.0.1:" + std::to_string(first.port()) + ": Address already in use");
   }
   EXPECT_FALSE(second.isRunning());
 }

@@ -28,11 +28,11 @@ void addEcho(HttpAppFramework& app) {
 
 TEST(HttpLimitsTest, MalformedRequestsGet400AndClose) {
   WebTestServer server(addEcho);
-  for (const std::string& bad : {std::string("GARBAGE\r\n\r\n"),
-                                 std::string("GET /echo HTTP/9.9\r\n\r\n"),
-                                 std::string("GET /echo HTTP/1.1\r\nBad Header\r\n\r\n"),
-                                 std::string("GET /echo HTTP/1.1\r\nContent-Length: x\r\n\r\n"),
-                                 std::string("GET nopath HTTP/1.1\r\n\r\n")}) {
+  for (const std::string& bad :
+       {std::string("GARBAGE\r\n\r\n"), std::string("GET /echo HTTP/9.9\r\n\r\n"),
+        std::string("GET /echo HTTP/1.1\r\nBad Header\r\n\r\n"),
+        std::string("GET /echo HTTP/1.1\r\nContent-Length: x\r\n\r\n"),
+        std::string("GET nopath HTTP/1.1\r\n\r\n")}) {
     HttpClient client("127.0.0.1", server.port());
     client.sendRaw(bad);
     HttpReply reply = client.readReply();
@@ -69,8 +69,10 @@ TEST(HttpLimitsTest, BodyOverTheLimitGets413WithoutBeingRead) {
   EXPECT_EQ(reply.status, 413);
   EXPECT_TRUE(client.waitForClose(std::chrono::milliseconds(5000)));
   HttpClient chunked("127.0.0.1", server.port());
-  chunked.sendRaw("POST /up HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n" "7d0\r\n" +
-                  std::string(2000, 'b') + "\r\n0\r\n\r\n");
+  chunked.sendRaw(
+      "POST /up HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n"
+      "7d0\r\n" +
+      std::string(2000, 'b') + "\r\n0\r\n\r\n");
   EXPECT_EQ(chunked.readReply().status, 413);
   EXPECT_EQ(calls, 0);
   HttpClient fine("127.0.0.1", server.port());
@@ -91,9 +93,8 @@ TEST(HttpLimitsTest, LargeBodyGoesToATemporaryFileRemovedAfterTheRequest) {
       int parsed = parser.parse(req);
       std::lock_guard lock(mutex);
       seenPath = req->bodyFilePath();
-      seenLength = parsed == 0 && parser.getFiles().size() == 1
-                       ? parser.getFiles()[0].fileLength()
-                       : 0;
+      seenLength =
+          parsed == 0 && parser.getFiles().size() == 1 ? parser.getFiles()[0].fileLength() : 0;
       seenParameter = parser.getParameter("target");
       auto resp = HttpResponse::newHttpResponse();
       resp->setBody(std::to_string(req->bodyLength()));
@@ -101,11 +102,10 @@ TEST(HttpLimitsTest, LargeBodyGoesToATemporaryFileRemovedAfterTheRequest) {
     });
   });
   std::string boundary = "xYzZy";
-  std::string body = "--" + boundary +
-                     "\r\nContent-Disposition: form-data; name=\"target\"\r\n\r\nUSB1\r\n--" +
-                     boundary +
-                     "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"f.bin\"\r\n\r\n" +
-                     std::string(200000, 'q') + "\r\n--" + boundary + "--\r\n";
+  std::string body =
+      "--" + boundary + "\r\nContent-Disposition: form-data; name=\"target\"\r\n\r\nUSB1\r\n--" +
+      boundary + "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"f.bin\"\r\n\r\n" +
+      std::string(200000, 'q') + "\r\n--" + boundary + "--\r\n";
   HttpClient client("127.0.0.1", server.port());
   HttpReply reply = client.request("POST", "/upload", body,
                                    {{"Content-Type", "multipart/form-data; boundary=" + boundary}});

@@ -1,11 +1,11 @@
-#include "kelo/web/MultiPartParser.h"
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+
+#include "kelo/web/MultiPartParser.h"
 
 using namespace halvor::kelo::web;
 namespace fs = std::filesystem;
@@ -16,8 +16,8 @@ const std::string kBoundary = "----kelo7MA4YWxk";
 
 std::string part(const std::string& disposition, const std::string& content,
                  const std::string& type = "") {
-  std::string text = "--" + kBoundary + "\r\nContent-Disposition: form-data; " + disposition +
-                     "\r\n";
+  std::string text =
+      "--" + kBoundary + "\r\nContent-Disposition: form-data; " + disposition + "\r\n";
   if (!type.empty()) text += "Content-Type: " + type + "\r\n";
   return text + "\r\n" + content + "\r\n";
 }
@@ -82,8 +82,7 @@ TEST_F(MultiPartParserTest, EmptyFile) {
 TEST_F(MultiPartParserTest, UnsafeFileNamesAreRefusedAndNothingIsWritten) {
   for (const std::string& name :
        {std::string("../evil.txt"), std::string("/etc/passwd"), std::string("a/b.txt"),
-        std::string("..\\evil.txt"), std::string(".."), std::string(""),
-        std::string("a\0b", 3)}) {
+        std::string("..\\evil.txt"), std::string(".."), std::string(""), std::string("a\0b", 3)}) {
     std::string body =
         part("name=\"file\"; filename=\"" + name + "\"", "payload") + "--" + kBoundary + "--";
     MultiPartParser parser;
@@ -109,9 +108,10 @@ TEST_F(MultiPartParserTest, MalformedBodiesAreErrors) {
   // No closing delimiter.
   EXPECT_EQ(parser.parse(formRequest(part("name=\"a\"", "1"))), -1);
   // No Content-Disposition.
-  EXPECT_EQ(parser.parse(formRequest("--" + kBoundary + "\r\nContent-Type: text/plain\r\n\r\nx\r\n--" +
-                                     kBoundary + "--")),
-            -1);
+  EXPECT_EQ(
+      parser.parse(formRequest("--" + kBoundary + "\r\nContent-Type: text/plain\r\n\r\nx\r\n--" +
+                               kBoundary + "--")),
+      -1);
   // No name.
   EXPECT_EQ(parser.parse(formRequest(part("filename=\"a\"", "1") + "--" + kBoundary + "--")), -1);
   // No boundary at all.

@@ -1,6 +1,6 @@
-#include "Router.h"
-
 #include <gtest/gtest.h>
+
+#include "Router.h"
 
 using namespace halvor::kelo::web;
 

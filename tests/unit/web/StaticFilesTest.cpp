@@ -1,12 +1,11 @@
-#include "StaticFiles.h"
-
-#include "kelo/web/WebConfig.h"
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+
+#include "StaticFiles.h"
+#include "kelo/web/WebConfig.h"
 
 using namespace halvor::kelo::web;
 namespace fs = std::filesystem;
@@ -32,9 +31,7 @@ class StaticFilesTest : public ::testing::Test {
     fs::create_symlink(base / "secret.html", root / "link.html");
   }
   void TearDown() override { fs::remove_all(base); }
-  static void write(const fs::path& path, const std::string& text) {
-    std::ofstream(path) << text;
-  }
+  static void write(const fs::path& path, const std::string& text) { std::ofstream(path) << text; }
   StaticFiles files() const { return StaticFiles(root.string(), WebConfig().fileTypes); }
 
   fs::path base;

@@ -138,16 +138,16 @@ TEST(WebConcurrencyTest, AsynchronousResponsesFromManyThreads) {
   {
     WebTestServer server([&](HttpAppFramework& app) {
       app.setThreadNum(2);
-      app.registerHandler("/work/{n}", [&](const HttpRequestPtr& req, ResponseCallback&& callback,
-                                          std::string n) {
-        std::lock_guard lock(workersMutex);
-        workers.emplace_back([req, n, callback = std::move(callback)] {
-          auto resp = HttpResponse::newHttpResponse();
-          resp->setBody(n + ":" + req->getHeader("X-Client"));
-          callback(resp);
-          callback(resp);  // a second answer is ignored
-        });
-      });
+      app.registerHandler(
+          "/work/{n}", [&](const HttpRequestPtr& req, ResponseCallback&& callback, std::string n) {
+            std::lock_guard lock(workersMutex);
+            workers.emplace_back([req, n, callback = std::move(callback)] {
+              auto resp = HttpResponse::newHttpResponse();
+              resp->setBody(n + ":" + req->getHeader("X-Client"));
+              callback(resp);
+              callback(resp);  // a second answer is ignored
+            });
+          });
     });
     std::vector<std::thread> clients;
     std::atomic<int> good{0};

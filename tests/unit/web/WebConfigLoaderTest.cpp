@@ -97,8 +97,7 @@ TEST_F(WebConfigLoaderTest, MissingFileIsAClearError) {
     WebConfigLoader::loadFile("/nonexistent/drogon-config.json");
     FAIL() << "no exception";
   } catch (const std::runtime_error& error) {
-    EXPECT_NE(std::string(error.what()).find("/nonexistent/drogon-config.json"),
-              std::string::npos);
+    EXPECT_NE(std::string(error.what()).find("/nonexistent/drogon-config.json"), std::string::npos);
   }
 }
 

@@ -31,7 +31,8 @@ class RecordingController : public WebSocketControllerBase {
       return;
     }
     if (message == "shutdown") return conn->shutdown(1011, "x");
-    if (message == "binary") return conn->send(std::string("\x01\x02", 2), WebSocketMessageType::Binary);
+    if (message == "binary")
+      return conn->send(std::string("\x01\x02", 2), WebSocketMessageType::Binary);
     conn->send("echo:" + message);
   }
   void handleNewConnection(const HttpRequestPtr& req, const WebSocketConnectionPtr& conn) override {
