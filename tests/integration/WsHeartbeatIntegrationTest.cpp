@@ -65,6 +65,7 @@ TEST_F(WsHeartbeatIntegrationTest, EntryGoesAfterTheFifthTickThenPushesStopUntil
   auto ping = startHeartbeat(server, session);
   auto client = openWs(server, "/1/ws/resource?path=/tx/power", session);
   ASSERT_TRUE(client->receive(5s));
+  ASSERT_TRUE(waitForSubscribers("/tx/power", 1));
   for (int expected = 4; expected >= 1; --expected) {
     tick();
     EXPECT_EQ(count(), expected);

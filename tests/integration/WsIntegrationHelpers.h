@@ -9,6 +9,8 @@
 #include <json/json.h>
 
 #include "halvor/protobuf/Resource.pb.h"
+#include "kelo/handlers/ws/ResourceListenerManager.h"
+#include "kelo/web/HttpAppFramework.h"
 #include "support/KeloTestServer.h"
 #include "support/WsClient.h"
 #include "tavelabi/Resource.h"
@@ -38,6 +40,16 @@ inline std::unique_ptr<WsClient> startHeartbeat(KeloTestServer& server, const st
 
 // A host-side action; returns once the listeners have had it, so that a Create made before a
 // subscription can never reach that subscription late.
+// The first message goes out before the subscription exists: a test that changes the resource
+// right after it waits for the subscription first.
+inline bool waitForSubscribers(const std::string& path, std::size_t count) {
+  return KeloTestServer::waitFor([&] {
+    const auto counts = web::app().getPlugin<ResourceListenerManager>()->clientCounts();
+    const auto found = counts.find(path);
+    return found != counts.end() && found->second == count;
+  });
+}
+
 inline void hostWrite(KeloTestServer& server, tavelabi::CCRUD verb, const std::string& path,
                       const tavelabi::Resource& resource) {
   tavelabi::ResourceAction action(verb, path, resource, nullptr, "");

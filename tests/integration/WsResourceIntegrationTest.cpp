@@ -104,6 +104,7 @@ TEST_F(WsResourceIntegrationTest, TextFramesFromTheClientAreIgnored) {
   auto ping = startHeartbeat(*server, session);
   auto client = openWs(*server, "/1/ws/resource?path=/tx/power", session);
   ASSERT_TRUE(client->receive(5s));
+  ASSERT_TRUE(waitForSubscribers("/tx/power", 1));
   client->sendText("hello?");
   client->sendBinary(std::string("\x01\x02\x03", 3));
   EXPECT_FALSE(client->receive(300ms));
@@ -156,6 +157,7 @@ TEST_F(WsResourceIntegrationTest, SessionThatDiesWhileSubscribedLogsEachChangeAn
   auto ping = startHeartbeat(*server, session);
   auto client = openWs(*server, "/1/ws/resource?path=/tx/power", session);
   ASSERT_TRUE(client->receive(5s));
+  ASSERT_TRUE(waitForSubscribers("/tx/power", 1));
   // Renderings do not count as activity: the session runs out while pushes go on.
   for (int i = 0; i < 3; ++i) {
     std::this_thread::sleep_for(300ms);
@@ -228,6 +230,7 @@ TEST_F(WsResourceIntegrationTest, MegabytesOfClientFramesAreIgnoredAndAnOversize
   auto quiet = openWs(*server, "/1/ws/resource?path=/tx/power", session);
   ASSERT_TRUE(noisy->receive(5s));
   ASSERT_TRUE(quiet->receive(5s));
+  ASSERT_TRUE(waitForSubscribers("/tx/power", 2));
   const std::string chunk(100 * 1024, 'z');
   for (int i = 0; i < 80; ++i) noisy->sendBinary(chunk);  // 8 MB, each under the frame limit
   hostUpdate(*server, "/tx/power", 7);
@@ -235,9 +238,18 @@ TEST_F(WsResourceIntegrationTest, MegabytesOfClientFramesAreIgnoredAndAnOversize
   ASSERT_TRUE(pushNoisy);
   EXPECT_EQ(intValueOf(*pushNoisy), 7);
   // One frame above the configured 128 KB message limit ends the connection.
-  noisy->sendBinary(std::string(1024 * 1024, 'y'));
-  EXPECT_TRUE(noisy->waitForClose(5s));
-  EXPECT_EQ(noisy->closeCode(), 1009);
+  // The server may cut the connection while the frame is still being written (broken pipe).
+  bool cutWhileWriting = false;
+  try {
+    noisy->sendBinary(std::string(1024 * 1024, 'y'));
+  } catch (const std::runtime_error&) {
+    cutWhileWriting = true;
+  }
+  if (!cutWhileWriting) {
+    EXPECT_TRUE(noisy->waitForClose(5s));
+    EXPECT_EQ(noisy->closeCode(), 1009);
+  }
+  EXPECT_FALSE(noisy->receive(200ms));
   hostUpdate(*server, "/tx/power", 8);
   auto pushQuiet = quiet->receive(5s);
   ASSERT_TRUE(pushQuiet);  // the first push, 7
