@@ -28,6 +28,14 @@ std::string_view HttpResponse::contentTypeString() const {
 }
 
 void HttpResponse::addHeader(std::string name, std::string value) {
+  // One field per name: an advice and a handler that set the same header must not send it twice
+  // ("true, true" is not "true" to a browser).
+  for (auto& field : headers_) {
+    if (FieldLookup::equalsIgnoreCase(field.first, name)) {
+      field.second = std::move(value);
+      return;
+    }
+  }
   headers_.emplace_back(std::move(name), std::move(value));
 }
 

@@ -44,7 +44,8 @@ class HttpResponse {
   const std::string& body() const { return body_; }
   std::string& body() { return body_; }
 
-  // Added as given; names are matched case-insensitively by getHeader and removeHeader.
+  // Adds the field, or replaces the value of a field of that name (names are matched
+  // case-insensitively, also by getHeader and removeHeader).
   void addHeader(std::string name, std::string value);
   const std::string& getHeader(std::string_view name) const;
   void removeHeader(std::string_view name);

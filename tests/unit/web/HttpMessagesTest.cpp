@@ -75,6 +75,16 @@ TEST(HttpResponseTest, DefaultsAndCookies) {
   EXPECT_EQ(resp->getHeader("Allow"), "");
 }
 
+TEST(HttpResponseTest, AddHeaderReplacesAFieldOfTheSameName) {
+  HttpResponse resp;
+  resp.addHeader("Access-Control-Allow-Credentials", "true");
+  resp.addHeader("access-control-allow-credentials", "false");
+  resp.addHeader("Allow", "GET");
+  ASSERT_EQ(resp.headers().size(), 2u);
+  EXPECT_EQ(resp.headers()[0].first, "Access-Control-Allow-Credentials");
+  EXPECT_EQ(resp.getHeader("Access-Control-Allow-Credentials"), "false");
+}
+
 TEST(ResponseSerializerTest, StatusLineHeadersAndCookies) {
   HttpResponse resp;
   resp.setStatusCode(440);
