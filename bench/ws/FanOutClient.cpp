@@ -8,6 +8,11 @@
 // Prints "subscribed N" once every first message arrived, and a summary when no push has come
 // for Q seconds (default 4) after the first one.
 #include <algorithm>
+#include <boost/asio/connect.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/websocket.hpp>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
@@ -16,12 +21,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <boost/asio/connect.hpp>
-#include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/steady_timer.hpp>
-#include <boost/beast/core.hpp>
-#include <boost/beast/websocket.hpp>
 
 #include "halvor/protobuf/Resource.pb.h"
 
@@ -71,7 +70,8 @@ class Subscriber : public std::enable_shared_from_this<Subscriber> {
 
   void sendPing() {
     ws_.text(true);
-    ws_.async_write(asio::buffer(ping_), [self = shared_from_this()](beast::error_code, std::size_t) {});
+    ws_.async_write(asio::buffer(ping_),
+                    [self = shared_from_this()](beast::error_code, std::size_t) {});
   }
 
  private:
@@ -79,9 +79,10 @@ class Subscriber : public std::enable_shared_from_this<Subscriber> {
     if (ec) return fail(ec, "connect");
     beast::get_lowest_layer(ws_).expires_never();
     ws_.set_option(websocket::stream_base::timeout::suggested(beast::role_type::client));
-    ws_.set_option(websocket::stream_base::decorator([cookie = cookie_](websocket::request_type& req) {
-      req.set(beast::http::field::cookie, cookie);
-    }));
+    ws_.set_option(
+        websocket::stream_base::decorator([cookie = cookie_](websocket::request_type& req) {
+          req.set(beast::http::field::cookie, cookie);
+        }));
     ws_.async_handshake("127.0.0.1", target_, [self = shared_from_this()](beast::error_code e) {
       if (e) return self->fail(e, "handshake");
       self->read();
@@ -124,7 +125,8 @@ class Subscriber : public std::enable_shared_from_this<Subscriber> {
   }
 
   void fail(beast::error_code ec, const char* what) {
-    if (totals_.failed++ == 0) std::cerr << "first failure: " << what << ": " << ec.message() << "\n";
+    if (totals_.failed++ == 0)
+      std::cerr << "first failure: " << what << ": " << ec.message() << "\n";
     if (onReady_) onReady_();  // the next wave does not wait for a connection that failed
   }
 
@@ -155,10 +157,14 @@ int main(int argc, char** argv) {
   std::string session = "bench-session";
   for (int i = 1; i + 1 < argc; i += 2) {
     const std::string option = argv[i];
-    if (option == "--port") port = std::atoi(argv[i + 1]);
-    else if (option == "--clients") clients = std::atoi(argv[i + 1]);
-    else if (option == "--session") session = argv[i + 1];
-    else if (option == "--quiet-seconds") quietSeconds = std::atoi(argv[i + 1]);
+    if (option == "--port")
+      port = std::atoi(argv[i + 1]);
+    else if (option == "--clients")
+      clients = std::atoi(argv[i + 1]);
+    else if (option == "--session")
+      session = argv[i + 1];
+    else if (option == "--quiet-seconds")
+      quietSeconds = std::atoi(argv[i + 1]);
   }
   if (port == 0 || clients <= 0) {
     std::cerr << "usage: bench-ws-fanout-client --port P --clients N [--session S]\n";
@@ -185,9 +191,9 @@ int main(int argc, char** argv) {
   std::function<void()> startMore = [&] {
     while (started < static_cast<std::size_t>(clients) &&
            started < totals.subscribed + totals.failed + 100) {
-      auto subscriber = std::make_shared<Subscriber>(
-          io, totals, started, "/1/ws/resource?path=%2Fbench%2Ffanout", cookie,
-          [&] { startMore(); });
+      auto subscriber =
+          std::make_shared<Subscriber>(io, totals, started, "/1/ws/resource?path=%2Fbench%2Ffanout",
+                                       cookie, [&] { startMore(); });
       subscriber->start(endpoints);
       subscribers.push_back(subscriber);
       ++started;
@@ -225,9 +231,8 @@ int main(int argc, char** argv) {
   const double p99 = percentile(latencies, 0.99);
   const double max = latencies.empty() ? 0 : *std::max_element(latencies.begin(), latencies.end());
   std::cout << "clients " << clients << " subscribed " << totals.subscribed << " closed "
-            << totals.closed << " updates " << totals.maxSequence << " frames_expected "
-            << expected << " frames_received " << totals.frames << " out_of_order "
-            << totals.outOfOrder << " p50_ms " << p50 << " p99_ms " << p99 << " max_ms " << max
-            << std::endl;
+            << totals.closed << " updates " << totals.maxSequence << " frames_expected " << expected
+            << " frames_received " << totals.frames << " out_of_order " << totals.outOfOrder
+            << " p50_ms " << p50 << " p99_ms " << p99 << " max_ms " << max << std::endl;
   return 0;
 }

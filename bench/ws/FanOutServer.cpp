@@ -65,9 +65,8 @@ std::size_t subscribedClients() {
 }
 
 void update(sim::SimTavel& host, int sequence) {
-  const auto sent = std::chrono::duration_cast<std::chrono::nanoseconds>(
-                        Clock::now().time_since_epoch())
-                        .count();
+  const auto sent =
+      std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now().time_since_epoch()).count();
   tavelabi::Resource resource{tavelabi::ResourceValue(sequence)};
   resource.addValue("sentNs", tavelabi::ResourceValue(std::to_string(sent)));
   tavelabi::ResourceAction action(tavelabi::CCRUD::Update, kPath, resource, nullptr, "");
@@ -82,8 +81,8 @@ std::filesystem::path writeConfiguration(int threads) {
   std::filesystem::create_directories(dir / "www");
   const std::string command =
       "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 "
-      "-subj /CN=localhost -keyout " + (dir / "server.key").string() + " -out " +
-      (dir / "server.crt").string() + " >/dev/null 2>&1";
+      "-subj /CN=localhost -keyout " +
+      (dir / "server.key").string() + " -out " + (dir / "server.crt").string() + " >/dev/null 2>&1";
   if (std::system(command.c_str()) != 0) throw std::runtime_error("openssl failed");
   writeText(dir / "config.json",
             "{\"UserName\": \"kelo\", \"Password\": \"kelo-bench\", \"LogDirectory\": \"" +
@@ -116,10 +115,14 @@ int run(int argc, char** argv) {
   for (int i = 1; i + 1 < argc; i += 2) {
     const std::string option = argv[i];
     const int value = std::atoi(argv[i + 1]);
-    if (option == "--threads") threads = value;
-    else if (option == "--clients") clients = value;
-    else if (option == "--rate") rate = value;
-    else if (option == "--duration") duration = value;
+    if (option == "--threads")
+      threads = value;
+    else if (option == "--clients")
+      clients = value;
+    else if (option == "--rate")
+      rate = value;
+    else if (option == "--duration")
+      duration = value;
     else {
       std::cerr << "usage: bench-ws-fanout-server --clients N [--rate R] [--duration D] "
                    "[--threads T]\n";
@@ -199,11 +202,10 @@ int run(int argc, char** argv) {
     std::this_thread::sleep_until(next);
   }
   host.waitForListeners();
-  const double wall =
-      std::chrono::duration<double>(Clock::now() - wallStart).count();
+  const double wall = std::chrono::duration<double>(Clock::now() - wallStart).count();
   const double cpu = cpuSeconds() - cpuBefore;
-  std::cout << "updated " << updates << " wall_s " << wall << " cpu_s " << cpu
-            << " cpu_percent " << 100.0 * cpu / wall << " rss_kb " << rssKb() << std::endl;
+  std::cout << "updated " << updates << " wall_s " << wall << " cpu_s " << cpu << " cpu_percent "
+            << 100.0 * cpu / wall << " rss_kb " << rssKb() << std::endl;
 
   signalfd_siginfo info{};
   while (read(signalFd, &info, sizeof(info)) != static_cast<ssize_t>(sizeof(info))) {

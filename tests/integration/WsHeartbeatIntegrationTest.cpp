@@ -80,7 +80,8 @@ TEST_F(WsHeartbeatIntegrationTest, EntryGoesAfterTheFifthTickThenPushesStopUntil
   hostUpdate(server, "/tx/power", 100);
   EXPECT_FALSE(client->receive(300ms));
   EXPECT_TRUE(KeloTestServer::waitFor([&] {
-    return logCount(server, "Unable to push /tx/power to client 127.0.0.1 - network connection issue") == 1;
+    return logCount(server,
+                    "Unable to push /tx/power to client 127.0.0.1 - network connection issue") == 1;
   }));
 
   ping->sendText("ping");

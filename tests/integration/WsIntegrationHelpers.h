@@ -1,12 +1,12 @@
 #pragma once
 
+#include <json/json.h>
+
 #include <chrono>
 #include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
-
-#include <json/json.h>
 
 #include "halvor/protobuf/Resource.pb.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
@@ -31,7 +31,8 @@ inline std::unique_ptr<WsClient> openWs(KeloTestServer& server, const std::strin
 }
 
 // A heartbeat socket that has had its first "pong": the address is pushable from now on.
-inline std::unique_ptr<WsClient> startHeartbeat(KeloTestServer& server, const std::string& session) {
+inline std::unique_ptr<WsClient> startHeartbeat(KeloTestServer& server,
+                                                const std::string& session) {
   auto ping = openWs(server, "/1/ws/ping", session);
   auto pong = ping->receive(5s);
   if (!pong || pong->data != "pong") throw std::runtime_error("no pong from /1/ws/ping");
@@ -58,7 +59,8 @@ inline void hostWrite(KeloTestServer& server, tavelabi::CCRUD verb, const std::s
 }
 
 inline void hostUpdate(KeloTestServer& server, const std::string& path, int value) {
-  hostWrite(server, tavelabi::CCRUD::Update, path, tavelabi::Resource(tavelabi::ResourceValue(value)));
+  hostWrite(server, tavelabi::CCRUD::Update, path,
+            tavelabi::Resource(tavelabi::ResourceValue(value)));
 }
 
 inline protobuf::Resource parseResource(const WsClient::Message& message) {

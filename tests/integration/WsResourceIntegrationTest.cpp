@@ -26,9 +26,7 @@ class WsResourceIntegrationTest : public ::testing::Test {
     hostWrite(*server, CCRUD::Create, "/tx/power", Resource(ResourceValue(40)));
     session = server->openSession("admin");
   }
-  ResourceListenerManager& manager() {
-    return *web::app().getPlugin<ResourceListenerManager>();
-  }
+  ResourceListenerManager& manager() { return *web::app().getPlugin<ResourceListenerManager>(); }
 
   std::function<void(KeloTestServer&)> configure;
   std::unique_ptr<KeloTestServer> server;
@@ -71,7 +69,8 @@ TEST_F(WsResourceIntegrationTest, UnknownSessionIsClosedWith1011) {
   EXPECT_FALSE(client->receive(5s));
   EXPECT_EQ(client->closeCode(), 1011);
   EXPECT_EQ(client->closeReason(), "Invalid session ID.");
-  ASSERT_TRUE(KeloTestServer::waitFor([&] { return logCount(*server, "Invalid Session ID: ") == 1; }));
+  ASSERT_TRUE(
+      KeloTestServer::waitFor([&] { return logCount(*server, "Invalid Session ID: ") == 1; }));
 }
 
 TEST_F(WsResourceIntegrationTest, WithoutSessionTheSocketStaysOpenAndSilent) {
@@ -94,8 +93,9 @@ TEST_F(WsResourceIntegrationTest, ClientCloseGetsOne1000AndUnsubscribes) {
   // client reports a close handshake that its own async_close completed as a failure.
   client->close(1000, "");
   ASSERT_TRUE(KeloTestServer::waitFor([&] { return manager().clientCounts().empty(); }));
-  ASSERT_TRUE(KeloTestServer::waitFor(
-      [&] { return logCount(*server, "handleConnectionClosed() is called for 127.0.0.1 -> 127.0.0.1") == 1; }));
+  ASSERT_TRUE(KeloTestServer::waitFor([&] {
+    return logCount(*server, "handleConnectionClosed() is called for 127.0.0.1 -> 127.0.0.1") == 1;
+  }));
   EXPECT_EQ(logCount(*server, "Client requested close."), 1u);
 }
 
@@ -122,7 +122,8 @@ TEST_F(WsResourceIntegrationTest, WithoutHeartbeatNothingIsPushedAndEachChangeIs
   hostUpdate(*server, "/tx/power", 1);
   hostUpdate(*server, "/tx/power", 2);
   EXPECT_FALSE(client->receive(300ms));
-  const std::string line = "Unable to push /tx/power to client 127.0.0.1 - network connection issue";
+  const std::string line =
+      "Unable to push /tx/power to client 127.0.0.1 - network connection issue";
   KeloTestServer::waitFor([&] { return logCount(*server, line) >= 2; });
   EXPECT_EQ(logCount(*server, line), 2u) << server->readLog();
 }
@@ -172,8 +173,8 @@ TEST_F(WsResourceIntegrationTest, SessionThatDiesWhileSubscribedLogsEachChangeAn
   ASSERT_GE(before, 1u);
   hostUpdate(*server, "/tx/power", 200);
   hostUpdate(*server, "/tx/power", 201);
-  EXPECT_TRUE(KeloTestServer::waitFor(
-      [&] { return logCount(*server, "does not exist") == before + 2; }));
+  EXPECT_TRUE(
+      KeloTestServer::waitFor([&] { return logCount(*server, "does not exist") == before + 2; }));
   EXPECT_EQ(logCount(*server, "Unable to push /tx/power to client 127.0.0.1 - "),
             logCount(*server, "does not exist"));
   EXPECT_FALSE(client->receive(300ms));
@@ -191,8 +192,7 @@ TEST_F(WsResourceIntegrationTest, ClientThatNeverReadsIsClosedAndTheOthersKeepEv
   stuck->connect("/1/ws/resource?path=/tx/power", {{"Cookie", "SessionID=" + session}});
   auto reader = openWs(*server, "/1/ws/resource?path=/tx/power", session);
   ASSERT_TRUE(reader->receive(5s));
-  ASSERT_TRUE(KeloTestServer::waitFor(
-      [&] { return manager().clientCounts()["/tx/power"] == 2; }));
+  ASSERT_TRUE(KeloTestServer::waitFor([&] { return manager().clientCounts()["/tx/power"] == 2; }));
 
   constexpr int kPushes = 400;
   const std::string filler(16 * 1024, 'x');

@@ -1,9 +1,8 @@
 #pragma once
 
+#include <boost/exception/diagnostic_information.hpp>
 #include <string>
 #include <unordered_map>
-
-#include <boost/exception/diagnostic_information.hpp>
 
 #include "kelo/Exceptions.h"
 #include "kelo/KeloLog.h"
@@ -42,13 +41,13 @@ class KeloWsController : public web::WebSocketControllerBase {
     try {
       initialSetupAndMessage(req, conn, sessionIdOf(req));
     } catch (const tavelabi::NonExistentSessionException&) {
-      KELO_LOG(ERROR, loggerId())
-          << "Invalid Session ID: " << boost::current_exception_diagnostic_information();
+      KELO_LOG(ERROR, loggerId()) << "Invalid Session ID: "
+                                  << boost::current_exception_diagnostic_information();
       conn->shutdown(1011, "Invalid session ID.");
     } catch (...) {
       // The connection stays open on purpose, without a subscription.
-      KELO_LOG(ERROR, loggerId())
-          << "Error sending initial message: " << boost::current_exception_diagnostic_information();
+      KELO_LOG(ERROR, loggerId()) << "Error sending initial message: "
+                                  << boost::current_exception_diagnostic_information();
     }
   }
 
@@ -90,9 +89,7 @@ class KeloWsController : public web::WebSocketControllerBase {
   }
 
  protected:
-  static WebKeloInterface* keloInterface() {
-    return web::app().getPlugin<WebKeloInterface>();
-  }
+  static WebKeloInterface* keloInterface() { return web::app().getPlugin<WebKeloInterface>(); }
   static ResourceListenerManager* listenerManager() {
     return web::app().getPlugin<ResourceListenerManager>();
   }

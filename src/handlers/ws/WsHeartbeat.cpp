@@ -37,8 +37,8 @@ void WsHeartbeat::extendHeartbeatCount(std::string ip) {
   connectivities[ip] = tavelabi::ResourceValue(static_cast<int>(kHeartbeatCount));
 
   tavelabi::ResourceAction update(tavelabi::CCRUD::Update, WsListenerInstance::kConnectivitiesPath,
-                                  tavelabi::Resource(tavelabi::ResourceValue(connectivities)),
-                                  info, info->getSessionId());
+                                  tavelabi::Resource(tavelabi::ResourceValue(connectivities)), info,
+                                  info->getSessionId());
   plugin->tavel->processResourceAction(update);
 }
 

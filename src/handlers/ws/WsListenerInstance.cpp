@@ -1,11 +1,10 @@
 #include "kelo/handlers/ws/WsListenerInstance.h"
 
+#include <boost/exception/diagnostic_information.hpp>
 #include <mutex>
 #include <shared_mutex>
 #include <sstream>
 #include <utility>
-
-#include <boost/exception/diagnostic_information.hpp>
 
 #include "kelo/KeloLog.h"
 #include "kelo/WebKeloInterface.h"

@@ -1,12 +1,11 @@
-#include "kelo/controllers/KeloWsController.h"
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 
-#include <gtest/gtest.h>
-
+#include "kelo/controllers/KeloWsController.h"
 #include "kelo/handlers/ws/WsListenerInstance.h"
 #include "kelo/handlers/ws/WsResource.h"
 #include "tavelabi/Exceptions.h"
@@ -119,8 +118,9 @@ TEST_F(KeloWsControllerTest, ConnectionClosedLogsBothAddressesAndUnsubscribes) {
                                           "/x", "s");
   ASSERT_EQ(unitHost.manager().getListeners().size(), 1u);
   endpoint.handleConnectionClosed(peer);
-  EXPECT_EQ(log.count(el::Level::Debug, "handleConnectionClosed() is called for 10.0.0.1 -> 10.0.0.5"),
-            1u);
+  EXPECT_EQ(
+      log.count(el::Level::Debug, "handleConnectionClosed() is called for 10.0.0.1 -> 10.0.0.5"),
+      1u);
   EXPECT_TRUE(unitHost.manager().getListeners().empty());
 }
 

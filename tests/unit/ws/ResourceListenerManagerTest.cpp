@@ -1,10 +1,9 @@
-#include "kelo/handlers/ws/ResourceListenerManager.h"
+#include <gtest/gtest.h>
 
 #include <memory>
 #include <stdexcept>
 
-#include <gtest/gtest.h>
-
+#include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsListenerInstance.h"
 #include "kelo/handlers/ws/WsResource.h"
 #include "unit/ws/WsTestSupport.h"

@@ -1,9 +1,8 @@
-#include "kelo/handlers/ws/WsHeartbeat.h"
+#include <gtest/gtest.h>
 
 #include <memory>
 
-#include <gtest/gtest.h>
-
+#include "kelo/handlers/ws/WsHeartbeat.h"
 #include "kelo/handlers/ws/WsResource.h"
 #include "unit/ws/WsTestSupport.h"
 
@@ -33,9 +32,8 @@ TEST_F(WsHeartbeatTest, ConnectWritesTheCountLogsInColourAndAnswersPong) {
   const std::string expected =
       TermTint::bright_color(36) + "start heartbeat with 10.0.0.7" + TermTint::color(0);
   EXPECT_EQ(log.count(el::Level::Info, expected), 1u);
-  EXPECT_EQ(log.count(el::Level::Debug,
-                      "received ping from client 10.0.0.7 extend heartbeat count"),
-            1u);
+  EXPECT_EQ(
+      log.count(el::Level::Debug, "received ping from client 10.0.0.7 extend heartbeat count"), 1u);
 }
 
 TEST_F(WsHeartbeatTest, WrongSessionIsNotRefusedAtConnect) {

@@ -1,10 +1,9 @@
-#include "kelo/handlers/ws/WsListenerInstance.h"
+#include <gtest/gtest.h>
 
 #include <memory>
 #include <stdexcept>
 
-#include <gtest/gtest.h>
-
+#include "kelo/handlers/ws/WsListenerInstance.h"
 #include "kelo/handlers/ws/WsResource.h"
 #include "unit/ws/WsTestSupport.h"
 
@@ -18,9 +17,8 @@ class WsListenerInstanceTest : public ::testing::Test {
   WsListenerInstanceTest() { unitHost.setConnectivity("127.0.0.1", 5); }
 
   tavelabi::ResourceAction updateOf(const std::string& path, int value) {
-    return tavelabi::ResourceAction(CCRUD::Update, path,
-                                    tavelabi::Resource(tavelabi::ResourceValue(value)), nullptr,
-                                    "");
+    return tavelabi::ResourceAction(
+        CCRUD::Update, path, tavelabi::Resource(tavelabi::ResourceValue(value)), nullptr, "");
   }
 
   WsUnitHost unitHost;
@@ -82,8 +80,9 @@ TEST_F(WsListenerInstanceTest, ClientWithoutConnectivityEntryIsSkippedWithOneErr
     instance.processResourceListener({}, action);
   }
   EXPECT_TRUE(conn->sent().empty());
-  EXPECT_EQ(log.count(el::Level::Error, "Unable to push /system/alarms/active to client "
-                                        "127.0.0.1 - network connection issue"),
+  EXPECT_EQ(log.count(el::Level::Error,
+                      "Unable to push /system/alarms/active to client "
+                      "127.0.0.1 - network connection issue"),
             3u);
   EXPECT_EQ(instance.getClients().size(), 1u);
 }
@@ -100,8 +99,9 @@ TEST_F(WsListenerInstanceTest, EmptyGeneratorIsLoggedAndTheNextClientIsServed) {
   EXPECT_TRUE(broken->sent().empty());
   ASSERT_EQ(fine->sent().size(), 1u);
   EXPECT_EQ(valueOfResourceFrame(fine->sent()[0].data), 7);
-  EXPECT_EQ(log.count(el::Level::Error, "Unable to push /system/alarms/active to client 127.0.0.1 - "),
-            1u);
+  EXPECT_EQ(
+      log.count(el::Level::Error, "Unable to push /system/alarms/active to client 127.0.0.1 - "),
+      1u);
   EXPECT_EQ(log.count(el::Level::Error, "bad_function_call"), 1u);
   EXPECT_EQ(instance.getClients().size(), 2u);
 }
@@ -175,8 +175,9 @@ TEST_F(WsListenerInstanceTest, RemoveClientShutsTheConnectionDownWith1000) {
 TEST_F(WsListenerInstanceTest, RemovingAClientThatIsNotHereIsLogged) {
   auto conn = std::make_shared<FakeConnection>("10.1.1.1", 5555);
   instance.removeClient(conn);
-  EXPECT_EQ(log.count(el::Level::Error, "Could not remove. Missing client with uuid "
-                                        "10.1.1.1:5555/system/alarms/active."),
+  EXPECT_EQ(log.count(el::Level::Error,
+                      "Could not remove. Missing client with uuid "
+                      "10.1.1.1:5555/system/alarms/active."),
             1u);
   EXPECT_TRUE(conn->shutdownCalls().empty());
 }

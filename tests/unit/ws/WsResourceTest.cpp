@@ -1,13 +1,12 @@
-#include "kelo/handlers/ws/WsResource.h"
+#include <gtest/gtest.h>
 
 #include <chrono>
 #include <memory>
 #include <thread>
 
-#include <gtest/gtest.h>
-
 #include "halvor/protobuf/Resource.pb.h"
 #include "kelo/handlers/ws/WsListenerInstance.h"
+#include "kelo/handlers/ws/WsResource.h"
 #include "unit/ws/WsTestSupport.h"
 
 namespace halvor::kelo::test {
@@ -19,7 +18,8 @@ class WsResourceTest : public ::testing::Test {
  protected:
   WsResourceTest() {
     unitHost.setConnectivity("127.0.0.1", 5);
-    unitHost.hostAction(CCRUD::Create, "/tx/power", tavelabi::Resource(tavelabi::ResourceValue(40)));
+    unitHost.hostAction(CCRUD::Create, "/tx/power",
+                        tavelabi::Resource(tavelabi::ResourceValue(40)));
   }
 
   WsUnitHost unitHost;

@@ -1,8 +1,8 @@
 #include "unit/ws/WsTestSupport.h"
 
-#include <map>
-
 #include <json/value.h>
+
+#include <map>
 
 #include "halvor/protobuf/Resource.pb.h"
 #include "kelo/Registrations.h"
@@ -88,10 +88,10 @@ WsUnitHost::WsUnitHost() {
   kelo->setLoggerId(kLoggerId);
   kelo->setSessionId(tavel->openSession("kelo"));
 
-  tavelabi::ResourceAction createTable(tavelabi::CCRUD::Create, kConnectivities,
-                                       tavelabi::Resource(tavelabi::ResourceValue(
-                                           tavelabi::ResourceValue::Map())),
-                                       kelo.get(), kelo->getSessionId());
+  tavelabi::ResourceAction createTable(
+      tavelabi::CCRUD::Create, kConnectivities,
+      tavelabi::Resource(tavelabi::ResourceValue(tavelabi::ResourceValue::Map())), kelo.get(),
+      kelo->getSessionId());
   tavel->processResourceAction(createTable);
   tavelabi::ResourceAction createLocal(
       tavelabi::CCRUD::Create, "/px3/localhostIp",

@@ -1,12 +1,12 @@
 #pragma once
 
+#include <easylogging++.h>
+
 #include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
-
-#include <easylogging++.h>
 
 #include "kelo/Kelo.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"

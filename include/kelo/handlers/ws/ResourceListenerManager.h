@@ -1,9 +1,8 @@
 #pragma once
 
+#include <boost/thread/mutex.hpp>
 #include <map>
 #include <string>
-
-#include <boost/thread/mutex.hpp>
 
 #include "kelo/handlers/ws/MessageGenerator.h"
 #include "kelo/web/HttpRequest.h"

@@ -1,9 +1,8 @@
 #pragma once
 
+#include <boost/thread/shared_mutex.hpp>
 #include <map>
 #include <string>
-
-#include <boost/thread/shared_mutex.hpp>
 
 #include "kelo/handlers/ws/ClientConnection.h"
 #include "kelo/handlers/ws/MessageGenerator.h"
