@@ -111,16 +111,17 @@ protobuf::ResourceValue ResourceConverter::toHalvorPbResourceValue(tavelabi::Res
 protobuf::Resource ResourceConverter::toHalvorPbResource(tavelabi::Resource resource) {
   protobuf::Resource message;
   auto& values = *message.mutable_values();
-  for (const auto& [key, value] : resource.values) {
-    values[key] = toHalvorPbResourceValue(value);
+  // The resource is this call's own copy: its values move on instead of being copied again.
+  for (auto& [key, value] : resource.values) {
+    values[key] = toHalvorPbResourceValue(std::move(value));
   }
   return message;
 }
 
 tavelabi::Resource ResourceConverter::toTavelAbiResource(protobuf::Resource message) {
   std::map<std::string, tavelabi::ResourceValue> values;
-  for (const auto& [key, value] : message.values()) {
-    values[key] = toTavelAbiResourceValue(value);
+  for (auto& [key, value] : *message.mutable_values()) {
+    values[key] = toTavelAbiResourceValue(std::move(value));
   }
   tavelabi::Resource resource;
   resource.values = std::move(values);
