@@ -26,6 +26,16 @@ std::optional<Resource> ResourceTree::find(const std::string& path) const {
   return found->second;
 }
 
+std::optional<tavelabi::ResourceValue> ResourceTree::findValue(const std::string& path,
+                                                               const std::string& key) const {
+  std::shared_lock lock(mutex_);
+  auto found = resources_.find(path);
+  if (found == resources_.end()) return std::nullopt;
+  auto value = found->second.values.find(key);
+  if (value == found->second.values.end()) return std::nullopt;
+  return value->second;
+}
+
 Resource ResourceTree::create(const std::string& path, const Resource& resource,
                               const Observer& observer) {
   std::unique_lock lock(mutex_);

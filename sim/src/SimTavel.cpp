@@ -193,11 +193,10 @@ bool SimTavel::countsAsActivity(const ResourceAction& action) {
 }
 
 std::optional<Role> SimTavel::roleOf(const std::string& username) const {
-  std::optional<Resource> user = tree_.find(kUsersPrefix + username);
-  if (!user) return std::nullopt;
-  std::optional<std::string> role = payloadText(*user, "role");
-  if (!role) return std::nullopt;
-  return AccessRights::parseRole(*role);
+  // Read on every action, so that a changed role counts at once; only the one value is copied.
+  std::optional<ResourceValue> role = tree_.findValue(kUsersPrefix + username, "role");
+  if (!role || role->getType() != ResourceValueType::STRING) return std::nullopt;
+  return AccessRights::parseRole(role->getStringValue());
 }
 
 void SimTavel::authorize(const SessionRecord& session, const ResourceAction& action) const {

@@ -21,6 +21,9 @@ class ResourceTree {
   // The stored resource; NonExistentResourcePathException when there is none.
   tavelabi::Resource read(const std::string& path) const;
   std::optional<tavelabi::Resource> find(const std::string& path) const;
+  // One value of the resource at `path`, without copying the rest of it.
+  std::optional<tavelabi::ResourceValue> findValue(const std::string& path,
+                                                   const std::string& key) const;
   // Stores the resource at the path, replacing an earlier one; returns what is stored.
   tavelabi::Resource create(const std::string& path, const tavelabi::Resource& resource,
                             const Observer& observer = {});
