@@ -346,12 +346,14 @@ void HttpAppFramework::run() {
 
   state->stopping.store(true);
   for (auto& listener : listeners) listener->stop();
+  // Plug-ins stop while the I/O threads still run, so that what they send on the way out (a
+  // close frame to each subscriber) is queued ahead of the threads' own closing.
+  impl_->shutdownPlugins();
   for (auto& thread : threads) thread->beginStop();
   for (auto& thread : threads) thread->finish(3000);
   listeners.clear();
   threads.clear();
   impl_->dropRoutesAndAdvices();
-  impl_->shutdownPlugins();
   markFinished();
 }
 
