@@ -5,29 +5,7 @@
 set -uo pipefail
 sim=$1
 plugin=$2
-python=/usr/bin/python3
-
-work=$(mktemp -d)
-server_pid=
-cleanup() {
-  if [ -n "$server_pid" ] && kill -0 "$server_pid" 2>/dev/null; then
-    kill -TERM "$server_pid"
-    wait "$server_pid" 2>/dev/null
-  fi
-  rm -rf "$work"
-}
-trap cleanup EXIT
-
-failures=0
-checks=0
-pass() { checks=$((checks + 1)); printf 'ok   %s\n' "$1"; }
-fail() { checks=$((checks + 1)); failures=$((failures + 1)); printf 'FAIL %s\n' "$1"; }
-expect_eq() {  # name expected actual
-  if [ "$2" == "$3" ]; then pass "$1"; else fail "$1: expected [$2], got [$3]"; fi
-}
-expect_contains() {  # name needle haystack
-  if [[ "$3" == *"$2"* ]]; then pass "$1"; else fail "$1: [$2] not in [$3]"; fi
-}
+source "$(dirname "$0")/checks.sh"
 # Same JSON value, whatever the order of object members.
 expect_json_eq() {  # name expected actual
   if "$python" -c 'import json,sys; sys.exit(0 if json.loads(sys.argv[1]) == json.loads(sys.argv[2]) else 1)' \

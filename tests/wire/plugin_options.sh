@@ -7,29 +7,7 @@ set -uo pipefail
 sim=$1
 plugin=$2
 repo=$3
-python=/usr/bin/python3
-
-work=$(mktemp -d)
-server_pid=
-cleanup() {
-  if [ -n "$server_pid" ] && kill -0 "$server_pid" 2>/dev/null; then
-    kill -TERM "$server_pid"
-    wait "$server_pid" 2>/dev/null
-  fi
-  rm -rf "$work"
-}
-trap cleanup EXIT
-
-failures=0
-checks=0
-pass() { checks=$((checks + 1)); printf 'ok   %s\n' "$1"; }
-fail() { checks=$((checks + 1)); failures=$((failures + 1)); printf 'FAIL %s\n' "$1"; }
-expect_eq() {  # name expected actual
-  if [ "$2" == "$3" ]; then pass "$1"; else fail "$1: expected [$2], got [$3]"; fi
-}
-expect_contains() {  # name needle haystack
-  if [[ "$3" == *"$2"* ]]; then pass "$1"; else fail "$1: [$2] not in [$3]"; fi
-}
+source "$(dirname "$0")/checks.sh"
 expect_absent() {  # name needle haystack
   if [[ "$3" != *"$2"* ]]; then pass "$1"; else fail "$1: [$2] found in [$3]"; fi
 }
