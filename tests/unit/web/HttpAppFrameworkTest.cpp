@@ -312,6 +312,26 @@ TEST(HttpAppFrameworkTest, BindFailureIsAClearError) {
   EXPECT_FALSE(second.isRunning());
 }
 
+TEST(HttpAppFrameworkTest, GarbageOnTheTlsPortIsClosedAndOthersAreServed) {
+  WebTestServer server(
+      [](HttpAppFramework& app) {
+        addEcho(app);
+        app.config().idleConnectionTimeout = 1;
+      },
+      true);
+  // Not TLS at all: refused at once.
+  HttpClient plain("127.0.0.1", server.tlsPort());  // plain TCP to the TLS port
+  plain.sendRaw("GET /echo HTTP/1.1\r\nHost: x\r\n\r\n");
+  EXPECT_TRUE(plain.waitForClose(std::chrono::seconds(5)));
+  // Handshake records of a version no TLS has; a stalled handshake would end at the idle timeout.
+  HttpClient stalled("127.0.0.1", server.tlsPort());
+  stalled.sendRaw(std::string(64, '\x16'));
+  EXPECT_TRUE(stalled.waitForClose(std::chrono::seconds(5)));
+
+  HttpClient secure("127.0.0.1", server.tlsPort(), true);
+  EXPECT_EQ(secure.request("POST", "/echo", "after garbage").body, "after garbage");
+}
+
 TEST(HttpAppFrameworkTest, MissingTlsFilesAreAClearError) {
   HttpAppFramework app;
   app.addListener("127.0.0.1", 0, true, "file:///nonexistent/server.crt", "/nonexistent/k.key");
