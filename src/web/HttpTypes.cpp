@@ -80,6 +80,9 @@ std::string_view statusReason(int code) {
       return "Unsupported Media Type";
     case 431:
       return "Request Header Fields Too Large";
+    case 440:
+      // The status by which the front end learns that its session is gone.
+      return "Login Time-out";
     case 500:
       return "Internal Server Error";
     case 501:

@@ -75,6 +75,12 @@ TEST(HttpResponseTest, DefaultsAndCookies) {
   EXPECT_EQ(resp->getHeader("Allow"), "");
 }
 
+TEST(HttpTypesTest, ReasonPhrases) {
+  EXPECT_EQ(statusReason(200), "OK");
+  EXPECT_EQ(statusReason(440), "Login Time-out");
+  EXPECT_EQ(statusReason(299), "Unknown");
+}
+
 TEST(HttpResponseTest, AddHeaderReplacesAFieldOfTheSameName) {
   HttpResponse resp;
   resp.addHeader("Access-Control-Allow-Credentials", "true");
@@ -95,7 +101,7 @@ TEST(ResponseSerializerTest, StatusLineHeadersAndCookies) {
   resp.addCookie("SessionID", "abc;Path=/");
   std::string out;
   ResponseSerializer::writeHead(resp, {}, out);
-  EXPECT_EQ(out.rfind("HTTP/1.1 440 Unknown\r\n", 0), 0u) << out;
+  EXPECT_EQ(out.rfind("HTTP/1.1 440 Login Time-out\r\n", 0), 0u) << out;
   EXPECT_NE(out.find("\r\nContent-Length: 2\r\n"), std::string::npos);
   EXPECT_EQ(out.find("999"), std::string::npos);
   EXPECT_NE(out.find("\r\nContent-Type: application/json; charset=utf-8\r\n"), std::string::npos);
