@@ -4,7 +4,9 @@
 Starts tavel-sim with the plug-in on free ports and a pre-made session, keeps "/1/ws/ping" alive,
 subscribes "/1/ws/resource?path=/demo/counter" (the simulator updates it every second) and checks
 the binary Resource frames; then stops pinging and sees the pushes stop once the heartbeat count
-has run out, and start again with the next ping. Exit status 0 when every check passed.
+has run out, and start again with the next ping; a resource created and changed through
+"/1/api/resource" reaches its subscriber as a binary Resource. Exit status 0 when every check
+passed.
 """
 import json
 import os
@@ -15,10 +17,12 @@ import subprocess
 import sys
 import tempfile
 import time
+import urllib.request
 
 import websocket  # Debian's python3-websocket
 
 SESSION = "wire-ws-session"
+WRITER = "wire-ws-writer"
 
 
 def free_port():
@@ -120,7 +124,7 @@ def start_sim(sim, plugin, repo, work):
         [sim, "--plugin", plugin, "--log-config", os.path.join(work, "log.conf"),
          "--config", os.path.join(work, "config.json"),
          "--fixture", os.path.join(repo, "config/fixtures/demo.json"),
-         "--session", SESSION + "=viewer"],
+         "--session", SESSION + "=viewer", "--session", WRITER + "=operator"],
         stdout=open(os.path.join(work, "sim.out"), "w"), stderr=subprocess.STDOUT)
     deadline = time.time() + 20
     while time.time() < deadline:
@@ -192,6 +196,27 @@ def run(port, checks):
     resumed = receive_for(sub, 2.5)
     checks.check("pushes resume with the next ping", len(resumed) >= 1,
                  "nothing %.1f s after the silence began" % (time.time() - silent_start))
+
+    # A change made through the REST interface reaches the subscriber as that Resource.
+    def rest(method, value):
+        body = json.dumps({"values": {"value": {"type": "INT32", "intValue": value}}}).encode()
+        request = urllib.request.Request(
+            "http://127.0.0.1:%d/1/api/resource?path=%%2Fwire%%2Fsetting" % port, data=body,
+            method=method, headers={"Cookie": "SessionID=" + WRITER})
+        with urllib.request.urlopen(request, timeout=5) as reply:
+            return reply.status
+    checks.check("POST creates the resource", rest("POST", 1) == 200)
+    setting = connect(port, "/1/ws/resource?path=%2Fwire%2Fsetting")
+    _, first_setting = setting.recv_data()
+    checks.check("first frame holds the created value",
+                 resource_int_values(first_setting).get("value") == 1, repr(first_setting))
+    time.sleep(0.5)  # the first frame goes out before the subscription is made
+    ping.send("ping")
+    ping.recv_data()
+    checks.check("PUT through /1/api/resource is answered 200", rest("PUT", 42) == 200)
+    pushed = [resource_int_values(d).get("value") for _, d in receive_for(setting, 2.0)]
+    checks.check("the PUT reaches the subscriber as a binary Resource", 42 in pushed, repr(pushed))
+    setting.close()
 
     # A client's close is answered with 1000 and an empty reason.
     sub.send_close(status=1000, reason=b"")
