@@ -175,31 +175,17 @@ void WsClient::connect(const std::string& target, const Headers& headers) {
   impl.open = true;
 }
 
-void WsClient::sendText(const std::string& text) {
-  Impl& impl = *impl_;
-  bool done = false;
-  beast::error_code result;
-  impl.withStream([&](auto& stream) {
-    stream.text(true);
-    stream.async_write(asio::buffer(text), [&](beast::error_code ec, std::size_t) {
-      result = ec;
-      done = true;
-    });
-  });
-  if (!impl.runUntil(done, std::chrono::steady_clock::now() + impl.timeout)) {
-    impl.abort();
-    throw std::runtime_error("WebSocket write: timed out");
-  }
-  if (result) throw std::runtime_error("WebSocket write: " + result.message());
-}
+void WsClient::sendText(const std::string& text) { send(text, true); }
 
-void WsClient::sendBinary(const std::string& data) {
+void WsClient::sendBinary(const std::string& data) { send(data, false); }
+
+void WsClient::send(const std::string& payload, bool text) {
   Impl& impl = *impl_;
   bool done = false;
   beast::error_code result;
   impl.withStream([&](auto& stream) {
-    stream.binary(true);
-    stream.async_write(asio::buffer(data), [&](beast::error_code ec, std::size_t) {
+    stream.text(text);
+    stream.async_write(asio::buffer(payload), [&](beast::error_code ec, std::size_t) {
       result = ec;
       done = true;
     });

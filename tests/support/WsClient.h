@@ -47,6 +47,8 @@ class WsClient {
   std::string closeReason() const;
 
  private:
+  // One frame, Text or Binary, written within the time limit.
+  void send(const std::string& payload, bool text);
   struct Impl;
   std::unique_ptr<Impl> impl_;
 };
