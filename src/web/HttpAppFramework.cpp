@@ -91,6 +91,8 @@ void HttpAppFramework::Impl::shutdownPlugins() {
       it->plugin->shutdown();
     } catch (const std::exception& error) {
       logLine(kError, std::string("A plug-in's shutdown threw: ") + error.what());
+    } catch (...) {
+      logLine(kError, "A plug-in's shutdown threw");
     }
   }
 }
@@ -346,9 +348,13 @@ void HttpAppFramework::run() {
 
   state->stopping.store(true);
   for (auto& listener : listeners) listener->stop();
-  // Plug-ins stop while the I/O threads still run, so that what they send on the way out (a
-  // close frame to each subscriber) is queued ahead of the threads' own closing.
+  // Plug-ins stop while every I/O thread is held between two handlers: none runs under a
+  // plug-in that stops, and none that reaches a controller begins later, since the sessions
+  // check `stopping`. What the plug-ins send on the way out (a close frame to each subscriber)
+  // is queued ahead of the threads' own closing.
+  for (auto& thread : threads) thread->park();
   impl_->shutdownPlugins();
+  for (auto& thread : threads) thread->resume();
   for (auto& thread : threads) thread->beginStop();
   for (auto& thread : threads) thread->finish(3000);
   listeners.clear();

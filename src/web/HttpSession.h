@@ -132,6 +132,8 @@ class HttpSession : public TrackedConnection {
 
   void onRequestComplete() {
     reading_ = false;
+    // Plug-ins may be shutting down: a request read now reaches no handler.
+    if (state_->stopping.load()) return respondAndClose(k503ServiceUnavailable);
     keepAlive_ = parser_->keep_alive();
     ++sequence_;
     awaiting_ = true;

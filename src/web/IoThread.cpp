@@ -119,4 +119,31 @@ void IoThread::finish(int graceMillis) {
   ThreadContext::leave();
 }
 
+void IoThread::park() {
+  {
+    std::lock_guard lock(doneMutex_);
+    if (!thread_.joinable() || done_) return;
+    parkRequested_ = true;
+  }
+  post([self = shared_from_this()] { self->stayParked(); });
+  std::unique_lock lock(doneMutex_);
+  doneSignal().wait(lock, [this] { return parked_ || done_; });
+}
+
+void IoThread::stayParked() {
+  std::unique_lock lock(doneMutex_);
+  parked_ = true;
+  doneSignal().notify_all();
+  doneSignal().wait(lock, [this] { return !parkRequested_; });
+  parked_ = false;
+}
+
+void IoThread::resume() {
+  {
+    std::lock_guard lock(doneMutex_);
+    parkRequested_ = false;
+  }
+  doneSignal().notify_all();
+}
+
 }  // namespace halvor::kelo::web

@@ -55,11 +55,17 @@ class IoThread : public std::enable_shared_from_this<IoThread> {
   // Waits for the thread (at most `graceMillis`, then stops the loop), runs what is left on
   // the caller's thread, and refuses later posts.
   void finish(int graceMillis);
+  // From another thread: holds the thread between two handlers until resume(), so that the
+  // caller may change what handlers rely on. Returns once the thread is held, or at once when it
+  // has ended. Posts made meanwhile queue up and run after resume().
+  void park();
+  void resume();
 
  private:
   void scheduleTick();
   void onTick();
   void closeAll();
+  void stayParked();
 
   ServerStatePtr state_;
   std::optional<boost::asio::io_context> context_;
@@ -71,8 +77,11 @@ class IoThread : public std::enable_shared_from_this<IoThread> {
   bool stopping_ = false;
   std::uint64_t ticks_ = 0;
   std::vector<std::weak_ptr<TrackedConnection>> connections_;
+  // Guard done_, parkRequested_ and parked_; the signal is shared by all I/O threads.
   std::mutex doneMutex_;
   bool done_ = false;
+  bool parkRequested_ = false;
+  bool parked_ = false;
 };
 
 using IoThreadPtr = std::shared_ptr<IoThread>;

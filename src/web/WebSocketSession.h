@@ -178,12 +178,15 @@ class WebSocketSession : public WebSocketConnection,
         ws_.got_text() ? WebSocketMessageType::Text : WebSocketMessageType::Binary;
     std::string message = boost::beast::buffers_to_string(readBuffer_.data());
     readBuffer_.consume(readBuffer_.size());
-    try {
-      controller_->handleNewMessage(self(), std::move(message), type);
-    } catch (const std::exception& error) {
-      logLine(kError, std::string("WebSocket handleNewMessage threw: ") + error.what());
-    } catch (...) {
-      logLine(kError, "WebSocket handleNewMessage threw");
+    // Plug-ins may be shutting down: a message read now reaches no controller.
+    if (!state_->stopping.load()) {
+      try {
+        controller_->handleNewMessage(self(), std::move(message), type);
+      } catch (const std::exception& error) {
+        logLine(kError, std::string("WebSocket handleNewMessage threw: ") + error.what());
+      } catch (...) {
+        logLine(kError, "WebSocket handleNewMessage threw");
+      }
     }
     doRead();
   }

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -10,6 +12,7 @@
 #include "WebTestServer.h"
 #include "WsClient.h"
 #include "kelo/web/HttpAppFramework.h"
+#include "kelo/web/Plugin.h"
 
 using namespace halvor::kelo::web;
 using halvor::kelo::test::eventually;
@@ -48,6 +51,167 @@ class KeepingController : public WebSocketControllerBase {
   std::map<std::string, WebSocketConnectionPtr> connections;
   std::map<const WebSocketConnection*, int> closedCount;
 };
+
+// A plug-in whose shutdown the controllers below watch for: a controller that runs while it
+// shuts down, or after, counts a violation.
+struct WatchedPlugin : Plugin<WatchedPlugin> {
+  void initAndStart(const Json::Value& /*config*/) override {}
+  void shutdown() override {
+    down.store(true);
+    {
+      std::unique_lock lock(mutex);
+      entered = true;
+      changed.notify_all();
+      changed.wait(lock, [this] { return released; });
+    }
+  }
+  void release() {
+    std::lock_guard lock(mutex);
+    released = true;
+    changed.notify_all();
+  }
+  bool waitUntilEntered() {
+    std::unique_lock lock(mutex);
+    return changed.wait_for(lock, std::chrono::seconds(10), [this] { return entered; });
+  }
+
+  std::atomic<bool> down{false};
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool entered = false;
+  bool released = true;  // tests that want to hold the shutdown set it to false first
+};
+
+struct ControllerCalls {
+  std::atomic<int> calls{0};
+  std::atomic<int> violations{0};
+
+  // Brackets one controller call; a plug-in shut down at either end is a violation.
+  template <class F>
+  void watch(WatchedPlugin& plugin, F&& body) {
+    ++calls;
+    if (plugin.down.load()) ++violations;
+    body();
+    if (plugin.down.load()) ++violations;
+  }
+};
+
+class WatchingController : public WebSocketControllerBase {
+ public:
+  WatchingController(WatchedPlugin*& plugin, ControllerCalls& calls)
+      : plugin_(plugin), calls_(calls) {}
+  void handleNewMessage(const WebSocketConnectionPtr& conn, std::string&& message,
+                        const WebSocketMessageType& type) override {
+    if (type == WebSocketMessageType::Close) return;
+    calls_.watch(*plugin_, [&] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      conn->send("echo " + message);
+    });
+  }
+  void handleNewConnection(const HttpRequestPtr&, const WebSocketConnectionPtr&) override {
+    calls_.watch(*plugin_, [] {});
+  }
+  void handleConnectionClosed(const WebSocketConnectionPtr&) override {}
+
+ private:
+  WatchedPlugin*& plugin_;
+  ControllerCalls& calls_;
+};
+
+// An application with WatchedPlugin, a handler at "/work" and a WebSocket controller at "/ws",
+// all of which count their calls in `calls`.
+WebTestServer::Configure watchedApplication(WatchedPlugin*& plugin, ControllerCalls& calls) {
+  return [&plugin, &calls](HttpAppFramework& app) {
+    app.registerPluginType<WatchedPlugin>("WatchedPlugin");
+    Json::Value config;
+    config["plugins"][0]["name"] = "WatchedPlugin";
+    config["plugins"][0]["config"] = Json::objectValue;
+    app.loadConfigJson(config);
+    app.setThreadNum(2);
+    plugin = app.getPlugin<WatchedPlugin>();
+    app.registerHandler("/work", [&plugin, &calls](const HttpRequestPtr&,
+                                                   ResponseCallback&& callback) {
+      calls.watch(*plugin, [] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); });
+      callback(HttpResponse::newHttpResponse());
+    });
+    app.registerWebSocketController("/ws", std::make_shared<WatchingController>(plugin, calls));
+  };
+}
+
+// Requests and WebSocket messages keep coming while the server stops: the plug-in shuts down
+// with no controller call under way, and none begins after it.
+TEST(WebConcurrencyTest, PluginsShutDownWhileNoControllerRuns) {
+  WatchedPlugin* plugin = nullptr;
+  ControllerCalls calls;
+  WebTestServer server(watchedApplication(plugin, calls));
+  std::atomic<bool> stop{false};
+  std::vector<std::thread> clients;
+  for (int c = 0; c < 4; ++c) {
+    clients.emplace_back([&, c] {
+      while (!stop.load()) {
+        try {
+          if (c % 2 == 0) {
+            HttpClient client("127.0.0.1", server.port());
+            client.setTimeout(std::chrono::milliseconds(2000));
+            for (int i = 0; i < 20 && !stop.load(); ++i) client.get("/work");
+          } else {
+            WsClient client("127.0.0.1", server.port());
+            client.setTimeout(std::chrono::milliseconds(2000));
+            client.connect("/ws");
+            for (int i = 0; i < 20 && !stop.load(); ++i) {
+              client.sendText("m");
+              client.receive(std::chrono::milliseconds(2000));
+            }
+          }
+        } catch (const std::exception&) {
+          // Refused or cut off once the server stops.
+        }
+      }
+    });
+  }
+  ASSERT_TRUE(eventually([&] { return calls.calls.load() > 200; }, std::chrono::seconds(20)));
+  server.stop();
+  stop = true;
+  for (auto& client : clients) client.join();
+  EXPECT_TRUE(plugin->down.load());
+  EXPECT_EQ(calls.violations.load(), 0);
+}
+
+// While the plug-in shuts down, a request on a kept-alive connection and a message on an open
+// WebSocket arrive: neither reaches its controller, and the request is not left unanswered.
+TEST(WebConcurrencyTest, NothingReachesAControllerOnceTheServerStops) {
+  WatchedPlugin* plugin = nullptr;
+  ControllerCalls calls;
+  WebTestServer server(watchedApplication(plugin, calls));
+  plugin->released = false;
+  HttpClient http("127.0.0.1", server.port());
+  http.setTimeout(std::chrono::milliseconds(5000));
+  ASSERT_EQ(http.get("/work").status, 200);
+  WsClient ws("127.0.0.1", server.port());
+  ws.setTimeout(std::chrono::milliseconds(5000));
+  ws.connect("/ws");
+  ws.sendText("before");
+  ASSERT_TRUE(ws.receive(std::chrono::milliseconds(5000)));
+  const int callsBefore = calls.calls.load();
+
+  std::thread stopper([&] { server.stop(); });
+  ASSERT_TRUE(plugin->waitUntilEntered());
+  http.sendRaw("GET /work HTTP/1.1\r\nHost: x\r\n\r\n");
+  ws.sendText("after");
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  plugin->release();
+  stopper.join();
+
+  // Either the 503 was written before the connection closed, or the close came first.
+  try {
+    EXPECT_EQ(http.readReply().status, 503);
+  } catch (const std::runtime_error& error) {
+    EXPECT_EQ(std::string(error.what()).find("timed out"), std::string::npos) << error.what();
+  }
+  EXPECT_FALSE(ws.receive(std::chrono::milliseconds(1000)));
+  EXPECT_EQ(calls.calls.load(), callsBefore);
+  EXPECT_EQ(calls.violations.load(), 0);
+}
 
 TEST(WebConcurrencyTest, SendsFromOtherThreadsWhileTheConnectionCloses) {
   auto controller = std::make_shared<KeepingController>();
