@@ -7,21 +7,17 @@
 //
 // Usage: bench-ws-fanout-server --clients N [--rate R] [--duration D] [--threads T]
 // Prints "ready <http port>", then "connected ...", then "updated ..."; SIGINT or SIGTERM stops it.
-#include <signal.h>
 #include <sys/resource.h>
-#include <sys/signalfd.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <string>
 #include <thread>
 
-#include "kelo/Kelo.h"
+#include "EmbeddedHost.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsListenerInstance.h"
 #include "kelo/web/HttpAppFramework.h"
@@ -33,10 +29,6 @@ namespace halvor::kelo::bench {
 
 using Clock = std::chrono::steady_clock;
 constexpr const char* kPath = "/bench/fanout";
-
-void writeText(const std::filesystem::path& path, const std::string& text) {
-  std::ofstream(path) << text;
-}
 
 long rssKb() {
   std::ifstream status("/proc/self/status");
@@ -73,40 +65,6 @@ void update(sim::SimTavel& host, int sequence) {
   host.processInternalAction(action);
 }
 
-std::filesystem::path writeConfiguration(int threads) {
-  std::string pattern = (std::filesystem::temp_directory_path() / "bench-ws-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-  const std::filesystem::path dir = pattern;
-  std::filesystem::create_directories(dir / "logs");
-  std::filesystem::create_directories(dir / "www");
-  const std::string command =
-      "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 "
-      "-subj /CN=localhost -keyout " +
-      (dir / "server.key").string() + " -out " + (dir / "server.crt").string() + " >/dev/null 2>&1";
-  if (std::system(command.c_str()) != 0) throw std::runtime_error("openssl failed");
-  writeText(dir / "config.json",
-            "{\"UserName\": \"kelo\", \"Password\": \"kelo-bench\", \"LogDirectory\": \"" +
-                (dir / "logs").string() + "\", \"PX3LocalhostIp\": [\"127.0.0.1\"], " +
-                "\"server-certificate\": \"" + (dir / "server.crt").string() + "\", " +
-                "\"server-private-key\": \"" + (dir / "server.key").string() + "\", " +
-                "\"https-port\": 0, \"http-port\": 0, \"drogon-config\": \"" +
-                (dir / "web-config.json").string() +
-                "\", \"bypass-cors\": false, \"cors-origin\": \"\"}");
-  writeText(dir / "web-config.json",
-            "{\"app\": {\"number_of_threads\": " + std::to_string(threads) +
-                ", \"document_root\": \"" + (dir / "www").string() +
-                "\", \"idle_connection_timeout\": 0}, \"plugins\": ["
-                "{\"name\": \"WebKeloInterface\", \"config\": {}},"
-                "{\"name\": \"ResourceListenerManager\", \"config\": {}},"
-                "{\"name\": \"BackgroundTaskQueue\", \"config\": {\"threads_num\": 1, "
-                "\"name\": \"keloBackground\"}}]}");
-  // Info and above: a Debug line per ping would be noise here.
-  writeText(dir / "log.conf",
-            "* GLOBAL:\n    ENABLED = true\n    TO_FILE = true\n    TO_STANDARD_OUTPUT = false\n"
-            "* DEBUG:\n    ENABLED = false\n");
-  return dir;
-}
-
 int run(int argc, char** argv) {
   int threads = 2;
   int clients = 0;
@@ -131,19 +89,13 @@ int run(int argc, char** argv) {
   }
   if (clients <= 0 || rate <= 0) return 2;
 
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGINT);
-  sigaddset(&signals, SIGTERM);
-  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  const int signalFd = signalfd(-1, &signals, SFD_NONBLOCK);
-
-  const std::filesystem::path dir = writeConfiguration(threads);
-  sim::SimTavelOptions hostOptions;
-  hostOptions.echoToConsole = false;
-  hostOptions.sessionTimeout = std::chrono::hours(24);
-  sim::SimTavel host(hostOptions);
-  host.addUser({"kelo", "kelo-bench", "administrator", {}});
+  const int signalFd = StopSignals::block();
+  EmbeddedHost::Options options;
+  options.name = "bench-ws-fanout-server";
+  options.ioThreads = threads;
+  options.debugLog = false;
+  EmbeddedHost embedded(options);
+  sim::SimTavel& host = embedded.host();
   host.addUser({"bench", "bench", "read-only", {}});
   host.openSession("bench", "bench-session");
   {
@@ -151,25 +103,14 @@ int run(int argc, char** argv) {
                                     tavelabi::Resource(tavelabi::ResourceValue(0)), nullptr, "");
     host.processInternalAction(create);
   }
-
-  web::HttpAppFramework& application = web::app();
-  auto plugin = std::make_unique<Kelo>(&host);
-  plugin->init(1, (dir / "log.conf").string(), (dir / "config.json").string());
-  const auto startDeadline = Clock::now() + std::chrono::seconds(20);
-  while (!(application.isRunning() && application.getListeners().size() >= 2)) {
-    if (Clock::now() > startDeadline || !plugin->isRunning()) {
-      std::cerr << "bench-ws-fanout-server: the plug-in does not serve\n";
-      return 1;
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
+  web::HttpAppFramework& application = embedded.application();
+  if (!embedded.start()) return 1;
 
   // The host's loop: the plug-in's timed tasks, about 100 passes a second.
   std::atomic<bool> stopping{false};
   std::thread hostLoop([&] {
     while (!stopping.load()) {
-      const auto now = Clock::now();
-      if (plugin->produce(now)) plugin->consume(now);
+      embedded.runHostPass();
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
   });
@@ -207,17 +148,11 @@ int run(int argc, char** argv) {
   std::cout << "updated " << updates << " wall_s " << wall << " cpu_s " << cpu << " cpu_percent "
             << 100.0 * cpu / wall << " rss_kb " << rssKb() << std::endl;
 
-  signalfd_siginfo info{};
-  while (read(signalFd, &info, sizeof(info)) != static_cast<ssize_t>(sizeof(info))) {
+  while (!StopSignals::arrived(signalFd)) {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
   stopping = true;
   hostLoop.join();
-  plugin->shutdown();
-  application.quit();
-  plugin->joinServerThread();
-  plugin.reset();
-  std::filesystem::remove_all(dir);
   return 0;
 }
 
