@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "FactorySample.pb.h"
+#include "HostValues.h"
 #include "halvor/factories/HalvorPbFactory2.h"
 #include "halvor/factories/SettingsFactories.h"
 #include "kelo/common/JsonOptions.h"
@@ -19,24 +20,10 @@ namespace {
 
 using google::protobuf::util::MessageDifferencer;
 using kelo::JsonOptions;
-using tavelabi::ResourceValueType;
 using HostValue = tavelabi::ResourceValue;
+using kelo::test::HostValues;
 using Sample = test::FactorySample;
 using SampleFactory = HalvorPbFactory2<Sample>;
-
-HostValue floatValue(float number) {
-  HostValue value;
-  value.setType(ResourceValueType::FLOAT);
-  value.setFloatValue(number);
-  return value;
-}
-
-HostValue bytesValue(const std::vector<uint8_t>& bytes) {
-  HostValue value;
-  value.setType(ResourceValueType::UINT8_ARRAY);
-  value.setByteArray(bytes);
-  return value;
-}
 
 ResourceValue intMessage(int number) {
   ResourceValue value;
@@ -137,7 +124,7 @@ TEST(HalvorPbFactory2Test, ValidationsEveryFieldFromResource) {
   tavelabi::Resource host;
   host.values["minLength"] = HostValue(1);
   host.values["maxLength"] = HostValue(12);
-  host.values["minValue"] = floatValue(-2.5F);
+  host.values["minValue"] = HostValues::floatValue(-2.5F);
   host.values["maxValue"] = HostValue(7.25);  // a DOUBLE narrows to the float field
   host.values["pattern"] = HostValue("[a-z]+");
   host.values["required"] = HostValue(false);
@@ -197,7 +184,7 @@ TEST(HalvorPbFactory2Test, ValidationsTypeMismatchThrowsWithClearText) {
             "HalvorPbFactory2<halvor.protobuf.Validations>: the key \"minLength\" holds STRING, "
             "but the field minLength takes INT32");
 
-  tavelabi::Resource floatForInt("maxLength", floatValue(3.0F));
+  tavelabi::Resource floatForInt("maxLength", HostValues::floatValue(3.0F));
   EXPECT_NE(errorOf<ResourceValueMismatch>(factory, &floatForInt), "");
   tavelabi::Resource stringForFloat("minValue", HostValue("1.5"));
   EXPECT_NE(errorOf<ResourceValueMismatch>(factory, &stringForFloat).find("FLOAT, DOUBLE or INT32"),
@@ -242,8 +229,8 @@ TEST(HalvorPbFactory2Test, EveryReadableKindFromHostValues) {
   host.values["size"] = HostValue(7);
   host.values["bigSize"] = HostValue(8);
   host.values["ratio"] = HostValue(3);
-  host.values["level"] = floatValue(0.25F);
-  host.values["blob"] = bytesValue({0x00, 0xFF});
+  host.values["level"] = HostValues::floatValue(0.25F);
+  host.values["blob"] = HostValues::bytesValue({0x00, 0xFF});
   host.values["kind"] = HostValue("SECOND");
   host.values["time"] = HostValue("2024-05-06T07:08:09Z");
   host.values["anyValue"] = HostValue(std::vector<std::string>{"x", "y"});

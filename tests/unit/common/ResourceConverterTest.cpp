@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "HostValues.h"
 #include "kelo/common/JsonOptions.h"
 #include "kelo/common/ResourceConverter.h"
 #include "tavelabi/Resource.h"
@@ -17,21 +18,8 @@ namespace {
 using google::protobuf::util::MessageDifferencer;
 using tavelabi::ResourceValueType;
 using HostValue = tavelabi::ResourceValue;
+using kelo::test::HostValues;
 using Message = protobuf::ResourceValue;
-
-HostValue floatValue(float number) {
-  HostValue value;
-  value.setType(ResourceValueType::FLOAT);
-  value.setFloatValue(number);
-  return value;
-}
-
-HostValue bytesValue(const std::vector<uint8_t>& bytes) {
-  HostValue value;
-  value.setType(ResourceValueType::UINT8_ARRAY);
-  value.setByteArray(bytes);
-  return value;
-}
 
 HostValue listOf(const std::vector<HostValue>& elements) {
   HostValue value;
@@ -61,7 +49,7 @@ TEST(ResourceConverterTest, ScalarsGetTypeAndWrapper) {
   ASSERT_TRUE(boolean.has_boolvalue());
   EXPECT_FALSE(boolean.boolvalue().value());
 
-  const Message single = ResourceConverter::toHalvorPbResourceValue(floatValue(1.5F));
+  const Message single = ResourceConverter::toHalvorPbResourceValue(HostValues::floatValue(1.5F));
   EXPECT_EQ(single.type(), Message::FLOAT);
   EXPECT_EQ(single.floatvalue().value(), 1.5F);
 
@@ -84,19 +72,19 @@ TEST(ResourceConverterTest, UnspecifiedGivesDefaultMessage) {
 }
 
 TEST(ResourceConverterTest, ByteArraySetsBytesButNoType) {
-  const Message message = ResourceConverter::toHalvorPbResourceValue(bytesValue({0x01, 0xFE}));
+  const Message message = ResourceConverter::toHalvorPbResourceValue(HostValues::bytesValue({0x01, 0xFE}));
   ASSERT_TRUE(message.has_bytesvalue());
   EXPECT_EQ(message.bytesvalue().value(), std::string("\x01\xFE", 2));
   EXPECT_EQ(message.type(), Message::UNSPECIFIED_RESOURCE_TYPE);
 }
 
 TEST(ResourceConverterTest, ByteArrayComesBackFromJsonUnspecified) {
-  const HostValue back = throughJson(bytesValue({0x01, 0x02}));
+  const HostValue back = throughJson(HostValues::bytesValue({0x01, 0x02}));
   EXPECT_EQ(back.getType(), ResourceValueType::UNSPECIFIED_RESOURCE_TYPE);
 }
 
 TEST(ResourceConverterTest, EmptyByteArrayStillSetsBytes) {
-  const Message message = ResourceConverter::toHalvorPbResourceValue(bytesValue({}));
+  const Message message = ResourceConverter::toHalvorPbResourceValue(HostValues::bytesValue({}));
   EXPECT_TRUE(message.has_bytesvalue());
   EXPECT_EQ(message.bytesvalue().value(), "");
 }
@@ -224,9 +212,9 @@ TEST(ResourceConverterTest, EveryScalarSurvivesJson) {
   const std::vector<HostValue> values = {
       HostValue(true),
       HostValue(false),
-      floatValue(0.1F),
-      floatValue(-3.4e38F),
-      floatValue(std::numeric_limits<float>::denorm_min()),
+      HostValues::floatValue(0.1F),
+      HostValues::floatValue(-3.4e38F),
+      HostValues::floatValue(std::numeric_limits<float>::denorm_min()),
       HostValue(0.1),
       HostValue(-1e308),
       HostValue(std::numeric_limits<double>::infinity()),
@@ -252,7 +240,7 @@ TEST(ResourceConverterTest, NotANumberSurvivesJson) {
 TEST(ResourceConverterTest, NestedListsAndMapsSurviveJson) {
   const HostValue::Map deepest{{"flag", HostValue(true)}, {"text", HostValue("x")}};
   const HostValue::Map middle{
-      {"list", listOf({HostValue(1), HostValue(deepest), listOf({}), floatValue(2.5F)})},
+      {"list", listOf({HostValue(1), HostValue(deepest), listOf({}), HostValues::floatValue(2.5F)})},
       {"empty", HostValue(HostValue::Map{})},
       {"number", HostValue(6.25)}};
   tavelabi::Resource resource;

@@ -11,25 +11,16 @@ namespace halvor::kelo {
 namespace {
 
 using tavelabi::CCRUD;
-using testing::FakePluginInfo;
 using testing::makeRequest;
 using testing::parseBody;
-using testing::RecordingTavel;
 using testing::SimHost;
 
-class CommandHandlerTest : public ::testing::Test {
+class CommandHandlerTest : public testing::HandlerTest<CommandHandler> {
  protected:
   web::HttpResponsePtr command(tavelabi::ITavel& tavel, const std::string& query,
                                const std::string& body, const std::string& sessionId = "s1") {
-    web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
-    handler.processHttpRequest(makeRequest(web::Put, "/1/api/command", query, body), resp, &tavel,
-                               &info, sessionId);
-    return resp;
+    return call(tavel, web::Put, "/1/api/command", query, body, sessionId);
   }
-
-  RecordingTavel host;
-  FakePluginInfo info;
-  CommandHandler handler;
 };
 
 TEST_F(CommandHandlerTest, RunsTheCommandAndAnswersJsonWithoutContentType) {

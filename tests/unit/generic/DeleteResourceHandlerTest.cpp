@@ -11,24 +11,15 @@ namespace halvor::kelo {
 namespace {
 
 using tavelabi::CCRUD;
-using testing::FakePluginInfo;
 using testing::makeRequest;
-using testing::RecordingTavel;
 using testing::SimHost;
 
-class DeleteResourceHandlerTest : public ::testing::Test {
+class DeleteResourceHandlerTest : public testing::HandlerTest<DeleteResourceHandler> {
  protected:
   web::HttpResponsePtr remove(tavelabi::ITavel& tavel, const std::string& query,
                               const std::string& sessionId = "s1") {
-    web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
-    handler.processHttpRequest(makeRequest(web::Delete, "/1/api/command", query), resp, &tavel,
-                               &info, sessionId);
-    return resp;
+    return call(tavel, web::Delete, "/1/api/command", query, "", sessionId);
   }
-
-  RecordingTavel host;
-  FakePluginInfo info;
-  DeleteResourceHandler handler;
 };
 
 TEST_F(DeleteResourceHandlerTest, DeletesAndAnswersOnlyTheStatus) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <json/value.h>
 
 #include <functional>
@@ -76,6 +77,25 @@ inline web::HttpRequestPtr makeRequest(web::HttpMethod method, std::string path,
   req->setPeerAddr(web::InetAddress("127.0.0.1", 50000));
   return req;
 }
+
+// A handler of the simple form called directly, as the frame would call it, with a fresh
+// response each time; `host` records what reaches it.
+template <class Handler>
+class HandlerTest : public ::testing::Test {
+ protected:
+  web::HttpResponsePtr call(tavelabi::ITavel& tavel, web::HttpMethod method, std::string path,
+                            std::string query, std::string body, const std::string& sessionId) {
+    web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
+    handler.processHttpRequest(
+        makeRequest(method, std::move(path), std::move(query), std::move(body)), resp, &tavel,
+        &info, sessionId);
+    return resp;
+  }
+
+  RecordingTavel host;
+  FakePluginInfo info;
+  Handler handler;
+};
 
 // Makes the process-wide application carry a WebKeloInterface that points at `tavel`, so that
 // requests can go through the whole frame. The application is not started: every client counts

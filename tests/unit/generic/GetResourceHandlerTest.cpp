@@ -13,23 +13,14 @@ namespace {
 
 using tavelabi::CCRUD;
 using tavelabi::ResourceValueType;
-using testing::FakePluginInfo;
 using testing::makeRequest;
 using testing::parseBody;
-using testing::RecordingTavel;
 
-class GetResourceHandlerTest : public ::testing::Test {
+class GetResourceHandlerTest : public testing::HandlerTest<GetResourceHandler> {
  protected:
   web::HttpResponsePtr get(const std::string& query, const std::string& sessionId = "s1") {
-    web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
-    handler.processHttpRequest(makeRequest(web::Get, "/1/api/resource", query), resp, &host, &info,
-                               sessionId);
-    return resp;
+    return call(host, web::Get, "/1/api/resource", query, "", sessionId);
   }
-
-  RecordingTavel host;
-  FakePluginInfo info;
-  GetResourceHandler handler;
 };
 
 TEST_F(GetResourceHandlerTest, ReadsThePathAndAnswersJsonWith200) {

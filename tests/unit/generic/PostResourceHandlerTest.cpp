@@ -15,25 +15,16 @@ namespace {
 
 using tavelabi::CCRUD;
 using tavelabi::ResourceValueType;
-using testing::FakePluginInfo;
 using testing::makeRequest;
 using testing::parseBody;
-using testing::RecordingTavel;
 using testing::SimHost;
 
-class PostResourceHandlerTest : public ::testing::Test {
+class PostResourceHandlerTest : public testing::HandlerTest<PostResourceHandler> {
  protected:
   web::HttpResponsePtr post(tavelabi::ITavel& tavel, const std::string& query,
                             const std::string& body, const std::string& sessionId = "s1") {
-    web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
-    handler.processHttpRequest(makeRequest(web::Post, "/1/api/resource", query, body), resp, &tavel,
-                               &info, sessionId);
-    return resp;
+    return call(tavel, web::Post, "/1/api/resource", query, body, sessionId);
   }
-
-  RecordingTavel host;
-  FakePluginInfo info;
-  PostResourceHandler handler;
 };
 
 TEST_F(PostResourceHandlerTest, CreatesTheBodysResourceAndAnswersJson) {

@@ -11,25 +11,16 @@ namespace halvor::kelo {
 namespace {
 
 using tavelabi::CCRUD;
-using testing::FakePluginInfo;
 using testing::makeRequest;
 using testing::parseBody;
-using testing::RecordingTavel;
 using testing::SimHost;
 
-class PutResourceHandlerTest : public ::testing::Test {
+class PutResourceHandlerTest : public testing::HandlerTest<PutResourceHandler> {
  protected:
   web::HttpResponsePtr put(tavelabi::ITavel& tavel, const std::string& query,
                            const std::string& body, const std::string& sessionId = "s1") {
-    web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
-    handler.processHttpRequest(makeRequest(web::Put, "/1/api/resource", query, body), resp, &tavel,
-                               &info, sessionId);
-    return resp;
+    return call(tavel, web::Put, "/1/api/resource", query, body, sessionId);
   }
-
-  RecordingTavel host;
-  FakePluginInfo info;
-  PutResourceHandler handler;
 };
 
 TEST_F(PutResourceHandlerTest, UpdatesWithTheBodysResourceAndAnswersJson) {
