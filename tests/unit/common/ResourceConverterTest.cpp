@@ -237,6 +237,21 @@ TEST(ResourceConverterTest, NotANumberSurvivesJson) {
   EXPECT_TRUE(std::isnan(back.getDoubleValue()));
 }
 
+// The JSON printer writes a negative zero as "-0", which the reader takes for the integer 0: the
+// value survives, its sign does not. A client that writes "-0.0" reaches the host with the sign.
+TEST(ResourceConverterTest, NegativeZeroKeepsItsValueThroughJson) {
+  const HostValue back = throughJson(HostValue(-0.0));
+  ASSERT_EQ(back.getType(), ResourceValueType::DOUBLE);
+  EXPECT_EQ(back.getDoubleValue(), 0.0);
+
+  protobuf::Resource parsed;
+  ASSERT_TRUE(JsonOptions::fromJson(
+                  R"({"values":{"d":{"type":"DOUBLE","doubleValue":-0.0}}})", parsed).ok());
+  const HostValue fromClient = ResourceConverter::toTavelAbiResource(parsed).values.at("d");
+  EXPECT_EQ(fromClient.getDoubleValue(), 0.0);
+  EXPECT_TRUE(std::signbit(fromClient.getDoubleValue()));
+}
+
 TEST(ResourceConverterTest, NestedListsAndMapsSurviveJson) {
   const HostValue::Map deepest{{"flag", HostValue(true)}, {"text", HostValue("x")}};
   const HostValue::Map middle{
