@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "kelo/CorsAdvices.h"
+#include "kelo/HostPaths.h"
 #include "kelo/KeloLog.h"
 #include "kelo/Registrations.h"
 #include "kelo/WebKeloInterface.h"
@@ -35,7 +36,6 @@ namespace {
 constexpr auto kStatusReportPeriod = std::chrono::nanoseconds(5'000'000'000);
 constexpr auto kHeartbeatPeriod = std::chrono::nanoseconds(999'999'999);
 const char* const kConnectivitiesPath = "/kelo/websocketConnectivities";
-const char* const kLocalhostIpPath = "/px3/localhostIp";
 
 std::string methodName(web::HttpMethod method) {
   switch (static_cast<int>(method)) {
@@ -197,7 +197,7 @@ void Kelo::init(const uint32_t& id, const std::string& logConfigFile,
     failInit(PluginStatus::RuntimeFailure, text, text);
     return;
   }
-  if (!createOnHost(kLocalhostIpPath, Resource(ResourceValue(localhostIps)))) {
+  if (!createOnHost(HostPaths::kLocalhostIp, Resource(ResourceValue(localhostIps)))) {
     const std::string text = "Unable to create PX3 localhost IP resource";
     failInit(PluginStatus::RuntimeFailure, text, text);
     return;

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "EmbeddedHost.h"
+#include "kelo/controllers/FamilyRoutes.h"
 #include "kelo/controllers/KeloHttpController.h"
 #include "kelo/handlers/http/KeloResourceAction.h"
 #include "kelo/web/HttpAppFramework.h"
@@ -26,6 +27,10 @@ bool markedLocal(const tavelabi::ResourceAction& action) { return action.isLocal
 
 class GetBenchFrame : public web::KeloHttpController<GetBenchFrame> {
  public:
+  KELO_ROUTES_BEGIN
+  KELO_PATH("/bench/frame", web::Get)
+  KELO_ROUTES_END
+
   void processHttpRequest(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
                           std::string sessionId) override {
@@ -68,7 +73,7 @@ int run(int argc, char** argv) {
   host.openSession("bench", "bench-session");
 
   web::HttpAppFramework& application = embedded.application();
-  GetBenchFrame::registerRoute(application, "/bench/frame", {web::Get}, "Benchmark frame route");
+  FamilyRoutes::add<GetBenchFrame>(application);
   application.registerHandler(
       "/plaintext",
       [](const web::HttpRequestPtr&, web::ResponseCallback&& callback) {

@@ -3,18 +3,9 @@
 #include <boost/exception/diagnostic_information.hpp>
 #include <stdexcept>
 
-#include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/Exceptions.h"
 
 namespace halvor::kelo {
-
-WebKeloInterface* KeloFrame::keloInterface() {
-  static WebKeloInterface* plugin = web::app().getPlugin<WebKeloInterface>();
-  if (plugin == nullptr) {
-    throw std::logic_error("The web configuration lists no WebKeloInterface plug-in");
-  }
-  return plugin;
-}
 
 void KeloFrame::mapCurrentException(web::HttpResponse& resp) {
   try {

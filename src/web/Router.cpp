@@ -38,6 +38,8 @@ void Router::add(const std::string& pattern, std::uint32_t methods, std::size_t 
     route.segments.push_back(Segment{std::string(opens ? inner : segment), opens});
     hasParameter = hasParameter || opens;
   }
+  refuseCollision(route, pattern);
+  route.pattern = pattern;
   std::size_t index = routes_.size();
   if (hasParameter) {
     parameterRoutes_.push_back(index);
@@ -45,6 +47,30 @@ void Router::add(const std::string& pattern, std::uint32_t methods, std::size_t 
     literalRoutes_[normalize(pattern)].push_back(index);
   }
   routes_.push_back(std::move(route));
+}
+
+// Two routes that take the same paths for a common method would leave one of them unreachable:
+// a mistake of whoever declared them, found at start rather than by a client.
+void Router::refuseCollision(const Route& added, const std::string& pattern) const {
+  for (const Route& existing : routes_) {
+    const bool sameMethods =
+        existing.methods == 0 || added.methods == 0 || (existing.methods & added.methods) != 0;
+    if (sameMethods && sameShape(existing, added)) {
+      throw std::invalid_argument("Route \"" + pattern + "\" collides with \"" + existing.pattern +
+                                  "\"");
+    }
+  }
+}
+
+// Parameter names do not count: "/a/{x}" and "/a/{y}" take the same paths.
+bool Router::sameShape(const Route& left, const Route& right) {
+  if (left.segments.size() != right.segments.size()) return false;
+  for (std::size_t i = 0; i < left.segments.size(); ++i) {
+    const Segment& a = left.segments[i];
+    const Segment& b = right.segments[i];
+    if (a.parameter != b.parameter || (!a.parameter && a.text != b.text)) return false;
+  }
+  return true;
 }
 
 Router::Match Router::match(std::string_view path, HttpMethod method,

@@ -25,7 +25,9 @@ class Router {
   };
 
   // `methods` is a mask of methodBit(); 0 admits every method. Throws std::invalid_argument on
-  // a pattern that does not start with "/" or has a malformed "{...}" segment.
+  // a pattern that does not start with "/" or has a malformed "{...}" segment, and on a route
+  // that collides with one already added: the same segments, parameters at the same places
+  // whatever their names, and a method in common.
   void add(const std::string& pattern, std::uint32_t methods, std::size_t target);
   // Literal routes win over routes with parameters; among those, the first registered wins.
   // HEAD is admitted where GET is. `parameters` receives the parameter values when Found.
@@ -47,12 +49,15 @@ class Router {
     bool parameter = false;
   };
   struct Route {
+    std::string pattern;
     std::vector<Segment> segments;
     std::uint32_t methods = 0;
     std::size_t target = 0;
   };
 
   static bool admits(std::uint32_t methods, HttpMethod method);
+  static bool sameShape(const Route& left, const Route& right);
+  void refuseCollision(const Route& added, const std::string& pattern) const;
   static bool isNormalized(std::string_view path);
   bool matchesSegments(const Route& route, const std::vector<std::string_view>& segments) const;
 

@@ -110,7 +110,7 @@ TEST(KeloServerTest, TheBeginningAdviceLogsRoutesAndPorts) {
   KeloTestServer server(options);
   server.start();
   const std::string log = server.readLog();
-  EXPECT_NE(log.find("Register GET /1/test/resource Test resource"), std::string::npos) << log;
+  EXPECT_NE(log.find("Register GET /1/test/resource GetTestResource"), std::string::npos) << log;
   EXPECT_NE(log.find("Register GET /1/test/resources/{name} "
                      "TestResourceHandler::getResourceWrapper"),
             std::string::npos)

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "kelo/controllers/HttpController.h"
 #include "kelo/controllers/KeloHttpController.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/ResourceAction.h"
@@ -18,6 +19,10 @@ inline bool markedLocal(const tavelabi::ResourceAction& action) { return action.
 // "range" (std::out_of_range), "runtime" (std::runtime_error "asked to fail").
 class GetTestResource : public web::KeloHttpController<GetTestResource> {
  public:
+  KELO_ROUTES_BEGIN
+  KELO_PATH("/test/resource", web::Get)
+  KELO_ROUTES_END
+
   void processHttpRequest(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
                           std::string sessionId) override;
@@ -28,10 +33,10 @@ class GetTestResource : public web::KeloHttpController<GetTestResource> {
 // "TestResourceHandler::getResourceWrapper" and "TestResourceHandler::putResourceWrapper".
 class TestResourceHandler : public web::HttpController<TestResourceHandler> {
  public:
-  void getResourceWrapper(const web::HttpRequestPtr& req, web::ResponseCallback&& callback,
-                          std::string name);
-  void putResourceWrapper(const web::HttpRequestPtr& req, web::ResponseCallback&& callback,
-                          std::string name);
+  KELO_ROUTES_BEGIN
+  KELO_ROUTE(getResource, "/test/resources/{name}", web::Get)
+  KELO_ROUTE(putResource, "/test/resources/{name}", web::Put)
+  KELO_ROUTES_END
 
   virtual void getResource(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                            tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
@@ -39,8 +44,6 @@ class TestResourceHandler : public web::HttpController<TestResourceHandler> {
   virtual void putResource(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                            tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
                            std::string sessionId, std::string name);
-
-  static void registerRoutes(web::HttpAppFramework& application);
 };
 
 // Both of the above, on `application`.

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "kelo/WebKeloInterface.h"
+#include "kelo/KeloHost.h"
 #include "kelo/web/HttpRequest.h"
 #include "kelo/web/HttpResponse.h"
 #include "tavelabi/IPluginInfo.h"
@@ -16,6 +16,10 @@ namespace halvor::kelo {
 // cookie, run the handler, turn its exception into a status, answer.
 class KeloFrame {
  public:
+  // The two controller forms differ in one step: the simple form drops a cookie "SessionID" that
+  // the response may already carry before writing the session's.
+  enum class Form { Simple, PathParameters };
+
   // The version prefix joined to every route at registration: "/api/login" is served at
   // "/1/api/login".
   static constexpr const char* kApiVersion = "1";
@@ -23,21 +27,20 @@ class KeloFrame {
     return std::string("/") + kApiVersion + path;
   }
 
-  // `handler(resp, tavel, info, sessionId)` fills the response. The simple controller form drops
-  // a cookie the response may already carry before writing the session's.
+  // `handler(resp, tavel, info, sessionId)` fills the response.
   template <class Handler>
   static void handle(const web::HttpRequestPtr& req, const web::ResponseCallback& callback,
-                     bool simpleForm, Handler&& handler) {
+                     Form form, Handler&& handler) {
     web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
-    WebKeloInterface* plugin = keloInterface();
+    WebKeloInterface& plugin = KeloHost::plugin();
     std::string sessionId = req->getCookie("SessionID");
-    if (simpleForm) {
+    if (form == Form::Simple) {
       resp->removeCookie("SessionID");
     }
     // The value goes back as the client sent it, with the path inside the cookie's value.
     resp->addCookie("SessionID", sessionId + ";Path=/");
     try {
-      std::forward<Handler>(handler)(resp, plugin->tavel, plugin->pluginInfo, sessionId);
+      std::forward<Handler>(handler)(resp, plugin.tavel, plugin.pluginInfo, sessionId);
     } catch (...) {
       mapCurrentException(*resp);
     }
@@ -50,9 +53,6 @@ class KeloFrame {
   // Inside a catch block: a dead session is 440, a refused right 403, anything else 500 with the
   // exception's diagnostic text as plain text. Each closes the connection.
   static void mapCurrentException(web::HttpResponse& resp);
-
- private:
-  static WebKeloInterface* keloInterface();
 };
 
 }  // namespace halvor::kelo

@@ -1,6 +1,7 @@
 #include "kelo/handlers/http/KeloResourceAction.h"
 
-#include "kelo/WebKeloInterface.h"
+#include "kelo/HostPaths.h"
+#include "kelo/KeloHost.h"
 #include "kelo/web/HttpAppFramework.h"
 
 namespace halvor::kelo {
@@ -25,10 +26,9 @@ bool KeloResourceAction::isLocalHost(const web::HttpRequestPtr& req) {
   if (!web::app().isRunning()) {
     return peer.isLoopbackIp();
   }
-  static WebKeloInterface* keloInterface = web::app().getPlugin<WebKeloInterface>();
-  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, "/px3/localhostIp", pluginInfo,
+  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, HostPaths::kLocalhostIp, pluginInfo,
                                 pluginInfo->getSessionId());
-  const tavelabi::Resource answer = keloInterface->tavel->processResourceAction(read);
+  const tavelabi::Resource answer = KeloHost::tavel()->processResourceAction(read);
 
   bool listed = false;
   for (const auto& ip : answer.values.at("value").getListValue()) {

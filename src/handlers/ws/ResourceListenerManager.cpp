@@ -4,19 +4,13 @@
 #include <utility>
 #include <vector>
 
-#include "kelo/WebKeloInterface.h"
+#include "kelo/KeloHost.h"
 #include "kelo/handlers/ws/WsListenerInstance.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/GlobMatcher.h"
 #include "tavelabi/ITavel.h"
 
 namespace halvor::kelo {
-
-namespace {
-
-WebKeloInterface* keloInterface() { return web::app().getPlugin<WebKeloInterface>(); }
-
-}  // namespace
 
 ResourceListenerManager::~ResourceListenerManager() {
   // Instances left by a host that never ran shutdown are still ours to delete.
@@ -49,8 +43,7 @@ void ResourceListenerManager::addListenerAndClient(const web::HttpRequestPtr& re
   if (!matched) {
     auto* instance = new WsListenerInstance(path, loggerId);
     listeners[path] = instance;
-    WebKeloInterface* plugin = keloInterface();
-    plugin->tavel->addResourceListener(plugin->pluginInfo, instance);
+    KeloHost::tavel()->addResourceListener(KeloHost::pluginInfo(), instance);
   }
   // Exact on purpose: a wider key that matched above leaves no instance of `path`.
   listeners.at(path)->addNewClient(req, conn, std::move(sessionId), std::move(generator));
@@ -58,12 +51,11 @@ void ResourceListenerManager::addListenerAndClient(const web::HttpRequestPtr& re
 
 void ResourceListenerManager::removeClient(const web::WebSocketConnectionPtr& conn) {
   std::lock_guard<boost::mutex> lock(listenersMutex);
-  WebKeloInterface* plugin = keloInterface();
   std::vector<std::string> emptied;
   for (const auto& [path, instance] : listeners) {
     instance->removeClient(conn);
     if (!instance->hasClients()) {
-      plugin->tavel->removeResourceListener(plugin->pluginInfo, instance);
+      KeloHost::tavel()->removeResourceListener(KeloHost::pluginInfo(), instance);
       emptied.push_back(path);
     }
   }
@@ -78,12 +70,12 @@ void ResourceListenerManager::removeAllClients() {
   // Runs only at shutdown; the lock is still taken, so that a late removeClient on an I/O
   // thread cannot meet a half-emptied map.
   std::lock_guard<boost::mutex> lock(listenersMutex);
-  WebKeloInterface* plugin = keloInterface();
   std::vector<std::string> removed;
   for (const auto& [path, instance] : listeners) {
     instance->removeAllClients();
-    if (plugin != nullptr && plugin->tavel != nullptr) {
-      plugin->tavel->removeResourceListener(plugin->pluginInfo, instance);
+    // The host's pointers are gone when WebKeloInterface was shut down first.
+    if (tavelabi::ITavel* tavel = KeloHost::tavel()) {
+      tavel->removeResourceListener(KeloHost::pluginInfo(), instance);
     }
     removed.push_back(path);
   }

@@ -1,5 +1,7 @@
 #include "kelo/handlers/ws/WsHeartbeat.h"
 
+#include "kelo/KeloHost.h"
+#include "kelo/KeloLog.h"
 #include "kelo/handlers/ws/WsListenerInstance.h"
 #include "tavelabi/ITavel.h"
 #include "tavelabi/ResourceAction.h"
@@ -11,8 +13,8 @@ void WsHeartbeat::initialSetupAndMessage(const web::HttpRequestPtr& /*req*/,
                                          const web::WebSocketConnectionPtr& conn,
                                          std::string /*sessionId*/) {
   const std::string ip = conn->peerAddr().toIp();
-  KELO_LOG(INFO, loggerId()) << TermTint::bright_color(36) << "start heartbeat with " << ip
-                             << TermTint::color(0);
+  KELO_LOG(INFO, KeloHost::loggerId())
+      << TermTint::bright_color(36) << "start heartbeat with " << ip << TermTint::color(0);
   extendHeartbeatCount(ip);
   conn->send("pong", web::WebSocketMessageType::Text);
 }
@@ -26,12 +28,13 @@ void WsHeartbeat::handleNewMessage(const web::WebSocketConnectionPtr& conn,
 }
 
 void WsHeartbeat::extendHeartbeatCount(std::string ip) {
-  KELO_LOG(DEBUG, loggerId()) << "received ping from client " << ip << " extend heartbeat count";
-  WebKeloInterface* plugin = keloInterface();
-  tavelabi::IPluginInfo* info = plugin->pluginInfo;
+  KELO_LOG(DEBUG, KeloHost::loggerId())
+      << "received ping from client " << ip << " extend heartbeat count";
+  tavelabi::ITavel* tavel = KeloHost::tavel();
+  tavelabi::IPluginInfo* info = KeloHost::pluginInfo();
   tavelabi::ResourceAction read(tavelabi::CCRUD::Read, WsListenerInstance::kConnectivitiesPath,
                                 info, info->getSessionId());
-  const tavelabi::Resource answer = plugin->tavel->processResourceAction(read);
+  const tavelabi::Resource answer = tavel->processResourceAction(read);
   tavelabi::ResourceValue::Map connectivities = answer.values.at("value").getMapValue();
 
   connectivities[ip] = tavelabi::ResourceValue(static_cast<int>(kHeartbeatCount));
@@ -39,7 +42,7 @@ void WsHeartbeat::extendHeartbeatCount(std::string ip) {
   tavelabi::ResourceAction update(tavelabi::CCRUD::Update, WsListenerInstance::kConnectivitiesPath,
                                   tavelabi::Resource(tavelabi::ResourceValue(connectivities)), info,
                                   info->getSessionId());
-  plugin->tavel->processResourceAction(update);
+  tavel->processResourceAction(update);
 }
 
 }  // namespace halvor::kelo

@@ -6,18 +6,12 @@
 #include <sstream>
 #include <utility>
 
+#include "kelo/KeloHost.h"
 #include "kelo/KeloLog.h"
-#include "kelo/WebKeloInterface.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/ITavel.h"
 
 namespace halvor::kelo {
-
-namespace {
-
-WebKeloInterface* keloInterface() { return web::app().getPlugin<WebKeloInterface>(); }
-
-}  // namespace
 
 WsListenerInstance::WsListenerInstance(const std::string& path, std::string loggerId)
     : tavelabi::AbstractResourceListener(path, {tavelabi::CCRUD::Create, tavelabi::CCRUD::Update}),
@@ -34,10 +28,10 @@ std::string WsListenerInstance::generateConnectionUuid(const web::WebSocketConne
 }
 
 tavelabi::ResourceValue::Map WsListenerInstance::readConnectivities() {
-  WebKeloInterface* plugin = keloInterface();
-  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, kConnectivitiesPath, plugin->pluginInfo,
-                                plugin->pluginInfo->getSessionId());
-  const tavelabi::Resource answer = plugin->tavel->processResourceAction(read);
+  tavelabi::IPluginInfo* info = KeloHost::pluginInfo();
+  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, kConnectivitiesPath, info,
+                                info->getSessionId());
+  const tavelabi::Resource answer = KeloHost::tavel()->processResourceAction(read);
   return answer.values.at("value").getMapValue();
 }
 

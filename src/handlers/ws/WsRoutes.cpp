@@ -1,13 +1,13 @@
 #include "kelo/handlers/ws/WsRoutes.h"
 
+#include "kelo/controllers/FamilyRoutes.h"
 #include "kelo/handlers/ws/WsHeartbeat.h"
 #include "kelo/handlers/ws/WsResource.h"
 
 namespace halvor::kelo {
 
 void WsRoutes::registerWsRoutes(web::HttpAppFramework& application) {
-  WsHeartbeat::registerController(application, WsHeartbeat::kPath);
-  WsResource::registerController(application, WsResource::kPath);
+  FamilyRoutes::add<WsHeartbeat, WsResource>(application);
 }
 
 }  // namespace halvor::kelo

@@ -73,6 +73,27 @@ TEST_F(RouterTest, OtherMethodOnKnownPathIsNotAllowed) {
   EXPECT_EQ(Router::allowHeader(result.allowedMethods), "GET, HEAD, PUT");
 }
 
+TEST_F(RouterTest, TwoRoutesForTheSamePathAndMethodAreRefused) {
+  router.add("/x", Router::methodBit(Get) | Router::methodBit(Put), 1);
+  EXPECT_THROW(router.add("/x", Router::methodBit(Put), 2), std::invalid_argument);
+  EXPECT_THROW(router.add("//x/", Router::methodBit(Get), 3), std::invalid_argument);
+  EXPECT_THROW(router.add("/x", 0, 4), std::invalid_argument);
+  EXPECT_NO_THROW(router.add("/x", Router::methodBit(Delete), 5));
+}
+
+TEST_F(RouterTest, ParameterNamesDoNotKeepTwoRoutesApart) {
+  router.add("/p/{guid}/items", Router::methodBit(Get), 1);
+  try {
+    router.add("/p/{id}/items", Router::methodBit(Get), 2);
+    FAIL() << "the second route was accepted";
+  } catch (const std::invalid_argument& error) {
+    EXPECT_STREQ(error.what(), "Route \"/p/{id}/items\" collides with \"/p/{guid}/items\"");
+  }
+  EXPECT_NO_THROW(router.add("/p/list/items", Router::methodBit(Get), 3));
+  EXPECT_NO_THROW(router.add("/p/{id}/other", Router::methodBit(Get), 4));
+  EXPECT_EQ(match("/p/list/items").target, 3u);
+}
+
 TEST_F(RouterTest, MethodOnAParameterRouteFallsThroughToTheNextOne) {
   router.add("/x/{a}", Router::methodBit(Get), 1);
   router.add("/x/{b}", Router::methodBit(Post), 2);

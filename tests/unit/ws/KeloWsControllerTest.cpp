@@ -5,6 +5,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "kelo/controllers/FamilyRoutes.h"
 #include "kelo/controllers/KeloWsController.h"
 #include "kelo/handlers/ws/WsListenerInstance.h"
 #include "kelo/handlers/ws/WsResource.h"
@@ -17,6 +18,8 @@ namespace {
 // An endpoint whose first step is whatever the test wants; it records the session it got.
 class RecordingEndpoint : public KeloWsController<RecordingEndpoint, true> {
  public:
+  static constexpr const char* kPath = "/ws/recording";
+
   void initialSetupAndMessage(const web::HttpRequestPtr& /*req*/,
                               const web::WebSocketConnectionPtr& /*conn*/,
                               std::string sessionId) override {
@@ -126,11 +129,12 @@ TEST_F(KeloWsControllerTest, ConnectionClosedLogsBothAddressesAndUnsubscribes) {
 
 TEST_F(KeloWsControllerTest, RegistrationServesTheEndpointUnderTheVersionPrefixForGetOnly) {
   web::HttpAppFramework application;
-  RecordingEndpoint::registerController(application, "/ws/recording");
+  FamilyRoutes::add<RecordingEndpoint>(application);
   const auto handlers = application.getHandlersInfo();
   ASSERT_EQ(handlers.size(), 1u);
   EXPECT_EQ(std::get<0>(handlers[0]), "/1/ws/recording");
   EXPECT_EQ(std::get<1>(handlers[0]), web::Get);
+  EXPECT_EQ(std::get<2>(handlers[0]), "RecordingEndpoint");
 }
 
 }  // namespace

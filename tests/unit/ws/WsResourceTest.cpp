@@ -7,6 +7,7 @@
 #include "halvor/protobuf/Resource.pb.h"
 #include "kelo/handlers/ws/WsListenerInstance.h"
 #include "kelo/handlers/ws/WsResource.h"
+#include "tavelabi/Exceptions.h"
 #include "unit/ws/WsTestSupport.h"
 
 namespace halvor::kelo::test {

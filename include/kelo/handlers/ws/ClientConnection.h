@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "kelo/handlers/ws/MessageGenerator.h"
+#include "kelo/controllers/MessageGenerator.h"
 #include "kelo/web/HttpRequest.h"
 #include "kelo/web/WebSocketConnection.h"
 

@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-#include "kelo/handlers/ws/MessageGenerator.h"
+#include "kelo/controllers/MessageGenerator.h"
 #include "kelo/web/HttpRequest.h"
 #include "kelo/web/Plugin.h"
 #include "kelo/web/WebSocketConnection.h"

@@ -4,8 +4,8 @@
 #include <map>
 #include <string>
 
+#include "kelo/controllers/MessageGenerator.h"
 #include "kelo/handlers/ws/ClientConnection.h"
-#include "kelo/handlers/ws/MessageGenerator.h"
 #include "kelo/web/HttpRequest.h"
 #include "kelo/web/WebSocketConnection.h"
 #include "tavelabi/IResourceListener.h"

@@ -2,18 +2,19 @@
 
 #include "kelo/handlers/http/KeloResourceAction.h"
 #include "kelo/handlers/http/generic/GenericResourceHelpers.h"
+#include "kelo/handlers/toolkit/JsonReplies.h"
+#include "kelo/handlers/toolkit/QueryParameters.h"
 
 namespace halvor::kelo {
 
 void CommandHandler::processHttpRequest(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                                         tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
                                         std::string sessionId) {
-  const std::string path = GenericResourceHelpers::resourcePath(req);
+  const std::string path = QueryParameters::required(req, "path");
   const tavelabi::Resource resource = GenericResourceHelpers::bodyResource(req);
   KeloResourceAction action(tavelabi::CCRUD::Command, path, resource, info, sessionId, req);
-  std::string json = GenericResourceHelpers::answerJson(tavel->processResourceAction(action));
   // No content type of its own: clients of commands read the body as they please.
-  resp->setBody(std::move(json));
+  resp->setBody(JsonReplies::resourceJson(tavel->processResourceAction(action)));
   resp->setStatusCode(web::k200OK);
 }
 

@@ -1,14 +1,14 @@
 #include "kelo/handlers/http/generic/DeleteResourceHandler.h"
 
 #include "kelo/handlers/http/KeloResourceAction.h"
-#include "kelo/handlers/http/generic/GenericResourceHelpers.h"
+#include "kelo/handlers/toolkit/QueryParameters.h"
 
 namespace halvor::kelo {
 
 void DeleteResourceHandler::processHttpRequest(const web::HttpRequestPtr& req,
                                                web::HttpResponsePtr& resp, tavelabi::ITavel* tavel,
                                                tavelabi::IPluginInfo* info, std::string sessionId) {
-  const std::string path = GenericResourceHelpers::resourcePath(req);
+  const std::string path = QueryParameters::required(req, "path");
   KeloResourceAction action(tavelabi::CCRUD::Delete, path, info, sessionId, req);
   // The removed resource the host answers with is of no use to the client.
   (void)tavel->processResourceAction(action);

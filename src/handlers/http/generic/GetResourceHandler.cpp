@@ -1,19 +1,16 @@
 #include "kelo/handlers/http/generic/GetResourceHandler.h"
 
-#include "kelo/handlers/http/KeloResourceAction.h"
-#include "kelo/handlers/http/generic/GenericResourceHelpers.h"
+#include "kelo/handlers/toolkit/HostReads.h"
+#include "kelo/handlers/toolkit/JsonReplies.h"
+#include "kelo/handlers/toolkit/QueryParameters.h"
 
 namespace halvor::kelo {
 
 void GetResourceHandler::processHttpRequest(const web::HttpRequestPtr& req,
                                             web::HttpResponsePtr& resp, tavelabi::ITavel* tavel,
                                             tavelabi::IPluginInfo* info, std::string sessionId) {
-  const std::string path = GenericResourceHelpers::resourcePath(req);
-  KeloResourceAction action(tavelabi::CCRUD::Read, path, info, sessionId, req);
-  std::string json = GenericResourceHelpers::answerJson(tavel->processResourceAction(action));
-  resp->setContentTypeCode(web::CT_APPLICATION_JSON);
-  resp->setBody(std::move(json));
-  resp->setStatusCode(web::k200OK);
+  const std::string path = QueryParameters::required(req, "path");
+  JsonReplies::replyWithResource(resp, HostReads::read(req, tavel, info, sessionId, path));
 }
 
 }  // namespace halvor::kelo

@@ -2,18 +2,18 @@
 
 #include "kelo/handlers/http/KeloResourceAction.h"
 #include "kelo/handlers/http/generic/GenericResourceHelpers.h"
+#include "kelo/handlers/toolkit/JsonReplies.h"
+#include "kelo/handlers/toolkit/QueryParameters.h"
 
 namespace halvor::kelo {
 
 void PostResourceHandler::processHttpRequest(const web::HttpRequestPtr& req,
                                              web::HttpResponsePtr& resp, tavelabi::ITavel* tavel,
                                              tavelabi::IPluginInfo* info, std::string sessionId) {
-  const std::string path = GenericResourceHelpers::resourcePath(req);
+  const std::string path = QueryParameters::required(req, "path");
   const tavelabi::Resource resource = GenericResourceHelpers::bodyResource(req);
   KeloResourceAction action(tavelabi::CCRUD::Create, path, resource, info, sessionId, req);
-  std::string json = GenericResourceHelpers::answerJson(tavel->processResourceAction(action));
-  resp->setContentTypeCode(web::CT_APPLICATION_JSON);
-  resp->setBody(std::move(json));
+  JsonReplies::setJson(resp, JsonReplies::resourceJson(tavel->processResourceAction(action)));
   // The status stays at the response's default of 200.
 }
 

@@ -6,8 +6,11 @@
 #include "kelo/Exceptions.h"
 #include "kelo/Kelo.h"
 #include "kelo/WebKeloInterface.h"
+#include "kelo/controllers/FamilyRoutes.h"
+#include "kelo/controllers/HttpController.h"
 #include "kelo/controllers/KeloFrame.h"
 #include "kelo/controllers/KeloHttpController.h"
+#include "kelo/controllers/RouteTable.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "sim/SimTavel.h"
 #include "tavelabi/Exceptions.h"
@@ -46,12 +49,6 @@ class SimpleHandler : public web::KeloHttpController<SimpleHandler> {
 
 class ParamHandler : public web::HttpController<ParamHandler> {
  public:
-  void getThingWrapper(const web::HttpRequestPtr& req, web::ResponseCallback&& callback,
-                       std::string name) {
-    frame(req, callback,
-          [&](web::HttpResponsePtr& resp, tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-              const std::string& sessionId) { getThing(req, resp, tavel, info, sessionId, name); });
-  }
   virtual void getThing(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                         tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info, std::string sessionId,
                         std::string name) {
@@ -102,7 +99,8 @@ class KeloFrameTest : public ::testing::Test {
       req->addHeader("Cookie", "SessionID=" + cookie);
     }
     web::HttpResponsePtr answer;
-    paramHandler.getThingWrapper(
+    auto wrapper = RouteTable<ParamHandler>::wrapperOf(paramHandler, &ParamHandler::getThing);
+    wrapper(
         req, [&answer](const web::HttpResponsePtr& resp) { answer = resp; }, name);
     return answer;
   }
@@ -114,7 +112,7 @@ class KeloFrameTest : public ::testing::Test {
   }()};
   Kelo kelo;
   SimpleHandler handler;
-  ParamHandler paramHandler;
+  std::shared_ptr<ParamHandler> paramHandler = std::make_shared<ParamHandler>();
 };
 
 TEST_F(KeloFrameTest, WithoutACookieTheHandlerGetsAnEmptySession) {
@@ -216,8 +214,8 @@ TEST_F(KeloFrameTest, AnEmptyCallbackThrowsBadFunctionCallAfterTheHandler) {
                std::bad_function_call);
   EXPECT_TRUE(Seen::called);
   Seen::called = false;
-  EXPECT_THROW(paramHandler.getThingWrapper(req, web::ResponseCallback(), "n"),
-               std::bad_function_call);
+  auto wrapper = RouteTable<ParamHandler>::wrapperOf(paramHandler, &ParamHandler::getThing);
+  EXPECT_THROW(wrapper(req, web::ResponseCallback(), "n"), std::bad_function_call);
   EXPECT_TRUE(Seen::called);
 }
 
@@ -246,6 +244,48 @@ TEST_F(KeloFrameTest, ThePathParameterFormMapsFailuresAlike) {
 
 TEST(KeloFrameVersionTest, RoutesAreServedUnderTheVersionPrefix) {
   EXPECT_EQ(KeloFrame::versionedPath("/api/login"), "/1/api/login");
+}
+
+class DeclaringHandler : public web::HttpController<DeclaringHandler> {
+ public:
+  KELO_ROUTES_BEGIN
+  KELO_ROUTE(getItem, "/items/{guid}", web::Get)
+  KELO_ROUTE(moveItem, "/items/{guid}/to/{place}", web::Put, web::Post)
+  KELO_ROUTES_END
+
+  virtual void getItem(const web::HttpRequestPtr&, web::HttpResponsePtr&, tavelabi::ITavel*,
+                       tavelabi::IPluginInfo*, std::string, std::string) {}
+  virtual void moveItem(const web::HttpRequestPtr&, web::HttpResponsePtr&, tavelabi::ITavel*,
+                        tavelabi::IPluginInfo*, std::string, std::string, std::string) {}
+};
+
+class DeclaringSimpleHandler : public web::KeloHttpController<DeclaringSimpleHandler> {
+ public:
+  KELO_ROUTES_BEGIN
+  KELO_PATH("/simple", web::Get, web::Delete)
+  KELO_ROUTES_END
+
+  void processHttpRequest(const web::HttpRequestPtr&, web::HttpResponsePtr&, tavelabi::ITavel*,
+                          tavelabi::IPluginInfo*, std::string) override {}
+};
+
+TEST(RouteDeclarationTest, DeclaredRoutesAreRegisteredUnderTheVersionPrefixWithTheirLogNames) {
+  web::HttpAppFramework application;
+  FamilyRoutes::add<DeclaringHandler, DeclaringSimpleHandler>(application);
+  using Info = web::HttpAppFramework::HandlerInfo;
+  const std::vector<Info> expected{
+      {"/1/items/{guid}", web::Get, "DeclaringHandler::getItemWrapper"},
+      {"/1/items/{guid}/to/{place}", web::Post, "DeclaringHandler::moveItemWrapper"},
+      {"/1/items/{guid}/to/{place}", web::Put, "DeclaringHandler::moveItemWrapper"},
+      {"/1/simple", web::Get, "DeclaringSimpleHandler"},
+      {"/1/simple", web::Delete, "DeclaringSimpleHandler"}};
+  EXPECT_EQ(application.getHandlersInfo(), expected);
+}
+
+TEST(RouteDeclarationTest, AClassDeclaringARouteThatAnotherHoldsIsRefused) {
+  web::HttpAppFramework application;
+  FamilyRoutes::add<DeclaringHandler>(application);
+  EXPECT_THROW(FamilyRoutes::add<DeclaringHandler>(application), std::invalid_argument);
 }
 
 }  // namespace

@@ -10,6 +10,10 @@ namespace halvor::kelo {
 // the host's answer as JSON, with no content type of its own.
 class CommandHandler : public web::KeloHttpController<CommandHandler, true> {
  public:
+  KELO_ROUTES_BEGIN
+  KELO_PATH("/api/command", web::Put)
+  KELO_ROUTES_END
+
   void processHttpRequest(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
                           std::string sessionId) override;

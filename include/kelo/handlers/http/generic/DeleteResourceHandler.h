@@ -10,6 +10,10 @@ namespace halvor::kelo {
 // answers. Deletion lives under the command URL, not under "/1/api/resource".
 class DeleteResourceHandler : public web::KeloHttpController<DeleteResourceHandler, true> {
  public:
+  KELO_ROUTES_BEGIN
+  KELO_PATH("/api/command", web::Delete)
+  KELO_ROUTES_END
+
   void processHttpRequest(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
                           std::string sessionId) override;

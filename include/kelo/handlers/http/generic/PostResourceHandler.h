@@ -10,6 +10,10 @@ namespace halvor::kelo {
 // host's answer as JSON.
 class PostResourceHandler : public web::KeloHttpController<PostResourceHandler, true> {
  public:
+  KELO_ROUTES_BEGIN
+  KELO_PATH("/api/resource", web::Post)
+  KELO_ROUTES_END
+
   void processHttpRequest(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
                           std::string sessionId) override;

@@ -10,6 +10,10 @@ namespace halvor::kelo {
 // answers the host's answer as JSON.
 class PutResourceHandler : public web::KeloHttpController<PutResourceHandler, true> {
  public:
+  KELO_ROUTES_BEGIN
+  KELO_PATH("/api/resource", web::Put)
+  KELO_ROUTES_END
+
   void processHttpRequest(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
                           std::string sessionId) override;
