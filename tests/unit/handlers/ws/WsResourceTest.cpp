@@ -7,7 +7,7 @@
 #include "halvor/protobuf/Resource.pb.h"
 #include "kelo/handlers/ws/WsListenerInstance.h"
 #include "kelo/handlers/ws/WsResource.h"
-#include "unit/ws/WsTestSupport.h"
+#include "unit/handlers/ws/WsTestSupport.h"
 
 namespace halvor::kelo::test {
 namespace {
