@@ -5,7 +5,7 @@
 
 #include "kelo/handlers/ws/WsListenerInstance.h"
 #include "kelo/handlers/ws/WsResource.h"
-#include "unit/ws/WsTestSupport.h"
+#include "unit/handlers/ws/WsTestSupport.h"
 
 namespace halvor::kelo::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "unit/ws/WsTestSupport.h"
+#include "unit/handlers/ws/WsTestSupport.h"
 
 #include <json/value.h>
 

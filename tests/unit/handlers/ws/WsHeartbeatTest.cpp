@@ -4,7 +4,7 @@
 
 #include "kelo/handlers/ws/WsHeartbeat.h"
 #include "kelo/handlers/ws/WsResource.h"
-#include "unit/ws/WsTestSupport.h"
+#include "unit/handlers/ws/WsTestSupport.h"
 
 namespace halvor::kelo::test {
 namespace {

@@ -8,7 +8,7 @@
 #include "kelo/handlers/ws/WsListenerInstance.h"
 #include "kelo/handlers/ws/WsResource.h"
 #include "tavelabi/Exceptions.h"
-#include "unit/ws/WsTestSupport.h"
+#include "unit/handlers/ws/WsTestSupport.h"
 
 namespace halvor::kelo::test {
 namespace {
