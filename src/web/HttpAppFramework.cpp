@@ -30,6 +30,7 @@ struct HttpAppFramework::Impl {
   std::vector<ListenerConfig> addedListeners;
   // Kept apart from the routes, which are dropped when run() ends.
   std::vector<HandlerInfo> handlersInfo;
+  std::vector<std::string> webSocketPaths;
   std::map<std::string, PluginType> pluginTypes;
   std::vector<PluginInstance> plugins;
   std::map<std::type_index, std::shared_ptr<void>> instances;
@@ -239,12 +240,17 @@ HttpAppFramework& HttpAppFramework::registerWebSocketController(
   entry.webSocket = std::move(controller);
   state.router.add(path, entry.methods, state.routes.size());
   impl_->listRoute(entry);
+  impl_->webSocketPaths.push_back(path);
   state.routes.push_back(std::move(entry));
   return *this;
 }
 
 std::vector<HttpAppFramework::HandlerInfo> HttpAppFramework::getHandlersInfo() const {
   return impl_->handlersInfo;
+}
+
+std::vector<std::string> HttpAppFramework::getWebSocketPaths() const {
+  return impl_->webSocketPaths;
 }
 
 std::shared_ptr<void> HttpAppFramework::sharedInstance(

@@ -117,6 +117,9 @@ class HttpAppFramework {
   // constraints is listed once with the method Invalid ("any"). WebSocket routes are listed
   // with the description "WebSocket" when none was given.
   std::vector<HandlerInfo> getHandlersInfo() const;
+  // The path of each WebSocket controller, in registration order. getHandlersInfo() lists these
+  // routes too, but with their GET only, as any other route, whatever description they carry.
+  std::vector<std::string> getWebSocketPaths() const;
 
   // The one T object of this application, made on first use.
   template <class T>

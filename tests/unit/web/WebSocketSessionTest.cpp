@@ -186,4 +186,19 @@ INSTANTIATE_TEST_SUITE_P(PlainAndTls, WebSocketSessionTest, ::testing::Values(fa
                            return param.param ? std::string("Tls") : std::string("Plain");
                          });
 
+TEST(WebSocketRegistrationTest, WebSocketPathsAreListedApartWhateverTheirDescription) {
+  HttpAppFramework app;
+  app.registerHandler("/1/api/plain", [](const HttpRequestPtr&, ResponseCallback&&) {}, {Get});
+  app.registerWebSocketController("/1/ws/first", std::make_shared<RecordingController>());
+  app.registerWebSocketController("/1/ws/second", std::make_shared<RecordingController>(), {Get},
+                                  "SecondController");
+  EXPECT_EQ(app.getWebSocketPaths(), (std::vector<std::string>{"/1/ws/first", "/1/ws/second"}));
+  // The route listing still names them, as GET routes.
+  const auto info = app.getHandlersInfo();
+  ASSERT_EQ(info.size(), 3u);
+  EXPECT_EQ(info[1], std::make_tuple(std::string("/1/ws/first"), Get, std::string("WebSocket")));
+  EXPECT_EQ(info[2],
+            std::make_tuple(std::string("/1/ws/second"), Get, std::string("SecondController")));
+}
+
 }  // namespace
