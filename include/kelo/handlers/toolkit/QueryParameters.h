@@ -8,7 +8,8 @@
 namespace halvor::kelo {
 
 // Query parameters as every handler reads them: the query string split by the strict URL parser,
-// then the value percent-decoded. An empty value is a value like any other.
+// then the value percent-decoded. The strict parser drops a pair whose key or value is empty, so
+// "id=" has no "id"; a value that decodes to nothing ("id=%zz") is a value like any other.
 class QueryParameters {
  public:
   QueryParameters() = delete;

@@ -18,7 +18,7 @@ class RequestBodies {
 
   // The checks of json(), then the same text converted into a message with the strict parse
   // options. The converter's status is not looked at: JSON that does not fit the message leaves
-  // it filled as far as the converter got, and the host's own checks stand behind it.
+  // it as the converter left it, and the host's own checks stand behind it.
   template <class Message>
   static Message message(const web::HttpRequestPtr& req) {
     Message message;

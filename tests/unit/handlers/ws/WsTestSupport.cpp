@@ -158,19 +158,6 @@ void WsUnitHost::update(const std::string& path, int value) {
   hostAction(tavelabi::CCRUD::Update, path, tavelabi::Resource(tavelabi::ResourceValue(value)));
 }
 
-web::HttpRequestPtr upgradeRequest(const std::string& query, const std::string& cookie,
-                                   const std::string& peerIp, std::uint16_t peerPort) {
-  web::HttpRequestPtr req = web::HttpRequest::newHttpRequest();
-  req->setMethod(web::Get);
-  req->setQuery(query);
-  if (!cookie.empty()) {
-    req->addHeader("Cookie", cookie);
-  }
-  req->setPeerAddr(web::InetAddress(peerIp, peerPort));
-  req->setLocalAddr(web::InetAddress("127.0.0.1", 7000));
-  return req;
-}
-
 int valueOfResourceFrame(const std::string& frame) {
   protobuf::Resource message;
   if (!message.ParseFromString(frame)) {

@@ -12,6 +12,7 @@
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/web/WebSocketConnection.h"
 #include "sim/SimTavel.h"
+#include "support/Requests.h"
 #include "tavelabi/Resource.h"
 
 namespace halvor::kelo::test {
@@ -124,11 +125,6 @@ class WsUnitHost {
   std::unique_ptr<sim::SimTavel> tavel;
   std::unique_ptr<Kelo> kelo;
 };
-
-// A request as the upgrade of a real client would carry it.
-web::HttpRequestPtr upgradeRequest(const std::string& query = "", const std::string& cookie = "",
-                                   const std::string& peerIp = "127.0.0.1",
-                                   std::uint16_t peerPort = 40001);
 
 // The Int32 "value" of a binary halvor::protobuf::Resource frame.
 int valueOfResourceFrame(const std::string& frame);

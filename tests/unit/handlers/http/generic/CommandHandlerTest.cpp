@@ -2,21 +2,24 @@
 
 #include <string>
 
-#include "GenericTestSupport.h"
 #include "kelo/Exceptions.h"
 #include "kelo/handlers/http/generic/CommandHandler.h"
+#include "support/HandlerTest.h"
+#include "support/SimHost.h"
 #include "tavelabi/Exceptions.h"
 
 namespace halvor::kelo {
 namespace {
 
 using tavelabi::CCRUD;
-using testing::makeRequest;
-using testing::parseBody;
-using testing::SimHost;
+using test::makeRequest;
+using test::parseBody;
+using test::SimHost;
 
-class CommandHandlerTest : public testing::HandlerTest<CommandHandler> {
+class CommandHandlerTest : public test::HandlerTest<CommandHandler> {
  protected:
+  CommandHandlerTest() { host.otherwise(tavelabi::Resource()); }
+
   web::HttpResponsePtr command(tavelabi::ITavel& tavel, const std::string& query,
                                const std::string& body, const std::string& sessionId = "s1") {
     return call(tavel, web::Put, "/1/api/command", query, body, sessionId);
@@ -24,7 +27,7 @@ class CommandHandlerTest : public testing::HandlerTest<CommandHandler> {
 };
 
 TEST_F(CommandHandlerTest, RunsTheCommandAndAnswersJsonWithoutContentType) {
-  host.answer = tavelabi::Resource("value", 2.5);
+  host.answer("/command/restartTavel", tavelabi::Resource("value", 2.5));
   const web::HttpResponsePtr resp =
       command(host, "path=%2Fcommand%2FrestartTavel",
               R"({"values":{"delay":{"type":"INT32","intValue":5}}})");
@@ -54,7 +57,7 @@ TEST_F(CommandHandlerTest, SetsStatus200EvenOverAnEarlierStatus) {
 
 TEST_F(CommandHandlerTest, MissingPathThrows) {
   EXPECT_THROW(command(host, "cmd=/c", "{}"), RequestMissingQueryParameter);
-  EXPECT_TRUE(host.actions.empty());
+  EXPECT_TRUE(host.actions().empty());
 }
 
 TEST_F(CommandHandlerTest, ListsResourcesOfTheSimulatedHost) {

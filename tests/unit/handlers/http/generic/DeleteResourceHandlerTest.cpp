@@ -2,20 +2,23 @@
 
 #include <string>
 
-#include "GenericTestSupport.h"
 #include "kelo/Exceptions.h"
 #include "kelo/handlers/http/generic/DeleteResourceHandler.h"
+#include "support/HandlerTest.h"
+#include "support/SimHost.h"
 #include "tavelabi/Exceptions.h"
 
 namespace halvor::kelo {
 namespace {
 
 using tavelabi::CCRUD;
-using testing::makeRequest;
-using testing::SimHost;
+using test::makeRequest;
+using test::SimHost;
 
-class DeleteResourceHandlerTest : public testing::HandlerTest<DeleteResourceHandler> {
+class DeleteResourceHandlerTest : public test::HandlerTest<DeleteResourceHandler> {
  protected:
+  DeleteResourceHandlerTest() { host.otherwise(tavelabi::Resource()); }
+
   web::HttpResponsePtr remove(tavelabi::ITavel& tavel, const std::string& query,
                               const std::string& sessionId = "s1") {
     return call(tavel, web::Delete, "/1/api/command", query, "", sessionId);
@@ -23,7 +26,7 @@ class DeleteResourceHandlerTest : public testing::HandlerTest<DeleteResourceHand
 };
 
 TEST_F(DeleteResourceHandlerTest, DeletesAndAnswersOnlyTheStatus) {
-  host.answer = tavelabi::Resource("value", "the removed resource");
+  host.answer("/presets/old", tavelabi::Resource("value", "the removed resource"));
   const web::HttpResponsePtr resp = remove(host, "path=%2Fpresets%2Fold");
 
   const tavelabi::ResourceAction& action = host.onlyAction();
@@ -45,7 +48,7 @@ TEST_F(DeleteResourceHandlerTest, BodyIsNotLookedAt) {
 
 TEST_F(DeleteResourceHandlerTest, MissingPathThrows) {
   EXPECT_THROW(remove(host, "x=/x"), RequestMissingQueryParameter);
-  EXPECT_TRUE(host.actions.empty());
+  EXPECT_TRUE(host.actions().empty());
 }
 
 TEST_F(DeleteResourceHandlerTest, RemovesFromTheSimulatedHost) {

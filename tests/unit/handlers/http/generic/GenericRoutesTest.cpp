@@ -4,22 +4,23 @@
 #include <string>
 #include <vector>
 
-#include "GenericTestSupport.h"
 #include "kelo/handlers/http/generic/CommandHandler.h"
 #include "kelo/handlers/http/generic/DeleteResourceHandler.h"
 #include "kelo/handlers/http/generic/GenericRoutes.h"
 #include "kelo/handlers/http/generic/GetResourceHandler.h"
 #include "kelo/handlers/http/generic/PostResourceHandler.h"
+#include "support/HandlerTest.h"
+#include "support/SimHost.h"
 #include "tavelabi/Exceptions.h"
 
 namespace halvor::kelo {
 namespace {
 
-using testing::FakePluginInfo;
-using testing::installHost;
-using testing::makeRequest;
-using testing::RecordingTavel;
-using testing::throughFrame;
+using test::FakePluginInfo;
+using test::installHost;
+using test::makeRequest;
+using test::RecordingHost;
+using test::throughFrame;
 using HandlerInfo = web::HttpAppFramework::HandlerInfo;
 
 // ---- registration ----
@@ -50,9 +51,12 @@ TEST(GenericRoutesTest, NoRouteDeletesUnderTheResourceUrl) {
 
 class GenericFrameTest : public ::testing::Test {
  protected:
-  void SetUp() override { installHost(&host, &info); }
+  void SetUp() override {
+    host.otherwise(tavelabi::Resource());
+    installHost(&host, &info);
+  }
 
-  RecordingTavel host;
+  RecordingHost host;
   FakePluginInfo info;
 };
 
@@ -65,11 +69,12 @@ TEST_F(GenericFrameTest, MissingPathIs500WithPlainTextThatNamesIt) {
   EXPECT_NE(resp->body().find("Request missing query parameter: path."), std::string::npos)
       << resp->body();
   EXPECT_TRUE(resp->ifCloseConnection());
-  EXPECT_TRUE(host.actions.empty());
+  EXPECT_TRUE(host.actions().empty());
 }
 
 TEST_F(GenericFrameTest, DeadSessionIs440WithEmptyBodyAndClosedConnection) {
-  host.failure = [] { throw tavelabi::NonExistentSessionException("Session gone does not exist"); };
+  host.fail("/x",
+            [] { throw tavelabi::NonExistentSessionException("Session gone does not exist"); });
   PostResourceHandler handler;
   web::HttpRequestPtr req = makeRequest(web::Post, "/1/api/resource", "path=/x", "{}");
   req->addHeader("Cookie", "SessionID=gone");
@@ -81,7 +86,7 @@ TEST_F(GenericFrameTest, DeadSessionIs440WithEmptyBodyAndClosedConnection) {
 }
 
 TEST_F(GenericFrameTest, RefusedRightIs403WithClosedConnection) {
-  host.failure = [] { throw tavelabi::AuthorizationFailure("User viewer may not Delete /x"); };
+  host.fail("/x", [] { throw tavelabi::AuthorizationFailure("User viewer may not Delete /x"); });
   DeleteResourceHandler handler;
   const web::HttpResponsePtr resp =
       throughFrame(handler, makeRequest(web::Delete, "/1/api/command", "path=/x"));
@@ -91,7 +96,7 @@ TEST_F(GenericFrameTest, RefusedRightIs403WithClosedConnection) {
 }
 
 TEST_F(GenericFrameTest, MissingResourceIs500WithTheHostsText) {
-  host.failure = [] { throw tavelabi::NonExistentResourcePathException("No resource at /x"); };
+  host.fail("/x", [] { throw tavelabi::NonExistentResourcePathException("No resource at /x"); });
   CommandHandler handler;
   const web::HttpResponsePtr resp =
       throughFrame(handler, makeRequest(web::Put, "/1/api/command", "path=/x", "{}"));

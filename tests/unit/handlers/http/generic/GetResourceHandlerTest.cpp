@@ -2,9 +2,10 @@
 
 #include <string>
 
-#include "GenericTestSupport.h"
 #include "kelo/Exceptions.h"
 #include "kelo/handlers/http/generic/GetResourceHandler.h"
+#include "support/HandlerTest.h"
+#include "support/SimHost.h"
 #include "tavelabi/Exceptions.h"
 #include "tavelabi/ResourceValue.h"
 
@@ -13,18 +14,20 @@ namespace {
 
 using tavelabi::CCRUD;
 using tavelabi::ResourceValueType;
-using testing::makeRequest;
-using testing::parseBody;
+using test::makeRequest;
+using test::parseBody;
 
-class GetResourceHandlerTest : public testing::HandlerTest<GetResourceHandler> {
+class GetResourceHandlerTest : public test::HandlerTest<GetResourceHandler> {
  protected:
+  GetResourceHandlerTest() { host.otherwise(tavelabi::Resource()); }
+
   web::HttpResponsePtr get(const std::string& query, const std::string& sessionId = "s1") {
     return call(host, web::Get, "/1/api/resource", query, "", sessionId);
   }
 };
 
 TEST_F(GetResourceHandlerTest, ReadsThePathAndAnswersJsonWith200) {
-  host.answer = tavelabi::Resource("value", 3);
+  host.answer("/system/counter", tavelabi::Resource("value", 3));
   const web::HttpResponsePtr resp = get("path=/system/counter");
 
   const tavelabi::ResourceAction& action = host.onlyAction();
@@ -62,7 +65,7 @@ TEST_F(GetResourceHandlerTest, OfARepeatedPathTheLastOneWins) {
 TEST_F(GetResourceHandlerTest, ABadPercentEscapeGivesTheHostAnEmptyPath) {
   get("path=%2Fabc%2");
   EXPECT_EQ(host.onlyAction().path, "");
-  host.actions.clear();
+  host.clearActions();
   get("path=%zz");
   EXPECT_EQ(host.onlyAction().path, "");
 }
@@ -81,7 +84,7 @@ TEST_F(GetResourceHandlerTest, MissingPathThrowsWithoutAskingTheHost) {
       EXPECT_STREQ(error.what(), "Request missing query parameter: path.") << query;
     }
   }
-  EXPECT_TRUE(host.actions.empty());
+  EXPECT_TRUE(host.actions().empty());
 }
 
 TEST_F(GetResourceHandlerTest, LoopbackClientIsMarkedLocal) {
@@ -98,7 +101,7 @@ TEST_F(GetResourceHandlerTest, RemoteClientIsNotLocalWhileTheServerIsNotRunning)
 }
 
 TEST_F(GetResourceHandlerTest, ListOfThreeStringsKeepsItsOrder) {
-  host.answer = tavelabi::Resource(std::vector<std::string>{"c", "a", "b"});
+  host.answer("/l", tavelabi::Resource(std::vector<std::string>{"c", "a", "b"}));
   const protobuf::Resource message = parseBody(get("path=/l")->body());
   const auto& list = message.values().at("value");
   EXPECT_EQ(list.type(), protobuf::ResourceValue::LIST_VALUE);
@@ -111,7 +114,7 @@ TEST_F(GetResourceHandlerTest, ListOfThreeStringsKeepsItsOrder) {
 TEST_F(GetResourceHandlerTest, ByteArrayIsPrintedAsBytesWithoutType) {
   tavelabi::ResourceValue bytes;
   bytes.setByteArray({0x01, 0xff});
-  host.answer = tavelabi::Resource("blob", bytes);
+  host.answer("/b", tavelabi::Resource("blob", bytes));
   const web::HttpResponsePtr resp = get("path=/b");
   EXPECT_EQ(resp->body(), R"({"values":{"blob":{"bytesValue":"Af8="}}})");
 }
@@ -123,7 +126,7 @@ TEST_F(GetResourceHandlerTest, EmptyResourceIsAnEmptyObject) {
 }
 
 TEST_F(GetResourceHandlerTest, HostFailurePassesThrough) {
-  host.failure = [] { throw tavelabi::NonExistentResourcePathException("No resource at /x"); };
+  host.fail("/x", [] { throw tavelabi::NonExistentResourcePathException("No resource at /x"); });
   EXPECT_THROW(get("path=/x"), tavelabi::NonExistentResourcePathException);
 }
 

@@ -3,10 +3,11 @@
 
 #include <string>
 
-#include "GenericTestSupport.h"
 #include "kelo/Exceptions.h"
 #include "kelo/handlers/http/generic/GetResourceHandler.h"
 #include "kelo/handlers/http/generic/PostResourceHandler.h"
+#include "support/HandlerTest.h"
+#include "support/SimHost.h"
 #include "tavelabi/Exceptions.h"
 #include "tavelabi/ResourceValue.h"
 
@@ -15,12 +16,14 @@ namespace {
 
 using tavelabi::CCRUD;
 using tavelabi::ResourceValueType;
-using testing::makeRequest;
-using testing::parseBody;
-using testing::SimHost;
+using test::makeRequest;
+using test::parseBody;
+using test::SimHost;
 
-class PostResourceHandlerTest : public testing::HandlerTest<PostResourceHandler> {
+class PostResourceHandlerTest : public test::HandlerTest<PostResourceHandler> {
  protected:
+  PostResourceHandlerTest() { host.otherwise(tavelabi::Resource()); }
+
   web::HttpResponsePtr post(tavelabi::ITavel& tavel, const std::string& query,
                             const std::string& body, const std::string& sessionId = "s1") {
     return call(tavel, web::Post, "/1/api/resource", query, body, sessionId);
@@ -28,7 +31,7 @@ class PostResourceHandlerTest : public testing::HandlerTest<PostResourceHandler>
 };
 
 TEST_F(PostResourceHandlerTest, CreatesTheBodysResourceAndAnswersJson) {
-  host.answer = tavelabi::Resource("value", "stored");
+  host.answer("/presets/new", tavelabi::Resource("value", "stored"));
   const web::HttpResponsePtr resp =
       post(host, "path=%2Fpresets%2Fnew",
            R"({"values":{"name":{"type":"STRING","stringValue":"Morning"},)"
@@ -108,7 +111,7 @@ TEST_F(PostResourceHandlerTest, SerializedValueReachesTheHostAsTheBytesOfTheWhol
 
 TEST_F(PostResourceHandlerTest, MissingPathThrowsBeforeTheBodyIsLookedAt) {
   EXPECT_THROW(post(host, "paths=/x", "{}"), RequestMissingQueryParameter);
-  EXPECT_TRUE(host.actions.empty());
+  EXPECT_TRUE(host.actions().empty());
 }
 
 // ---- against the simulated host ----

@@ -2,21 +2,24 @@
 
 #include <string>
 
-#include "GenericTestSupport.h"
 #include "kelo/Exceptions.h"
 #include "kelo/handlers/http/generic/PutResourceHandler.h"
+#include "support/HandlerTest.h"
+#include "support/SimHost.h"
 #include "tavelabi/Exceptions.h"
 
 namespace halvor::kelo {
 namespace {
 
 using tavelabi::CCRUD;
-using testing::makeRequest;
-using testing::parseBody;
-using testing::SimHost;
+using test::makeRequest;
+using test::parseBody;
+using test::SimHost;
 
-class PutResourceHandlerTest : public testing::HandlerTest<PutResourceHandler> {
+class PutResourceHandlerTest : public test::HandlerTest<PutResourceHandler> {
  protected:
+  PutResourceHandlerTest() { host.otherwise(tavelabi::Resource()); }
+
   web::HttpResponsePtr put(tavelabi::ITavel& tavel, const std::string& query,
                            const std::string& body, const std::string& sessionId = "s1") {
     return call(tavel, web::Put, "/1/api/resource", query, body, sessionId);
@@ -24,7 +27,7 @@ class PutResourceHandlerTest : public testing::HandlerTest<PutResourceHandler> {
 };
 
 TEST_F(PutResourceHandlerTest, UpdatesWithTheBodysResourceAndAnswersJson) {
-  host.answer = tavelabi::Resource("value", true);
+  host.answer("/snmp/trapSettings", tavelabi::Resource("value", true));
   const web::HttpResponsePtr resp =
       put(host, "path=%2Fsnmp%2FtrapSettings",
           R"({"values":{"set_value":{"type":"BOOL","boolValue":true}}})");
@@ -54,7 +57,7 @@ TEST_F(PutResourceHandlerTest, StatusIsLeftAtTheResponsesDefault) {
 
 TEST_F(PutResourceHandlerTest, MissingPathThrows) {
   EXPECT_THROW(put(host, "", "{}"), RequestMissingQueryParameter);
-  EXPECT_TRUE(host.actions.empty());
+  EXPECT_TRUE(host.actions().empty());
 }
 
 TEST_F(PutResourceHandlerTest, MergesIntoTheSimulatedHostsResource) {
