@@ -16,6 +16,7 @@
 #include "kelo/web/HttpRequest.h"
 #include "kelo/web/HttpResponse.h"
 #include "sim/SimTavel.h"
+#include "sim/models/ModelRegistry.h"
 #include "tavelabi/IPluginInfo.h"
 #include "tavelabi/ITavel.h"
 #include "tavelabi/Resource.h"
@@ -145,6 +146,7 @@ class SimHost {
   static constexpr const char* kViewerSession = "viewer-session";
 
   SimHost() : tavel(quietOptions()) {
+    sim::ModelRegistry::installAll(tavel);
     tavel.addUser({"admin", "admin-pw", "administrator", {}});
     tavel.addUser({"viewer", "viewer-pw", "read-only", {}});
     tavel.openSession("admin", kAdminSession);
