@@ -146,8 +146,9 @@ void SimTavel::installModel(std::unique_ptr<Model> model) {
   for (const auto& [name, settings] : fixtureSections_) {
     if (!section.empty() && name == section) model->applyFixture(settings);
   }
-  model->seed();
+  // Kept before seeding: its commands are in the table now and must not outlive it.
   models_.push_back(std::move(model));
+  models_.back()->seed();
 }
 
 void SimTavel::addCommands(const std::vector<Command>& commands, const std::string& owner) {
@@ -156,7 +157,14 @@ void SimTavel::addCommands(const std::vector<Command>& commands, const std::stri
 
 void SimTavel::tickModels(const tavelabi::TimePoint& now) {
   std::lock_guard lock(modelsMutex_);
-  for (const auto& model : models_) model->tick(now);
+  for (const auto& model : models_) {
+    // One model's failure is reported and does not keep the others from their pass.
+    try {
+      model->tick(now);
+    } catch (const std::exception& error) {
+      Console::errorLine("[model] " + model->name() + " tick failed: " + error.what());
+    }
+  }
 }
 
 std::vector<std::string> SimTavel::modelNames() const {

@@ -61,6 +61,14 @@ class SquatterModel : public Model {
   Resource answer(ResourceAction& /*action*/) { return Resource(); }
 };
 
+// Fails on every tick.
+class BrokenModel : public Model {
+ public:
+  std::string name() const override { return "broken"; }
+  void tick(const TimePoint& /*now*/) override { throw std::runtime_error("out of order"); }
+};
+
+std::unique_ptr<Model> makeBroken() { return std::make_unique<BrokenModel>(); }
 std::unique_ptr<Model> makeMeter() { return std::make_unique<MeterModel>(); }
 std::unique_ptr<Model> makeSquatter() { return std::make_unique<SquatterModel>(); }
 
@@ -98,6 +106,18 @@ TEST(ModelTest, DemoModelCreatesAtInstallationThenUpdatesOncePerSecond) {
   EXPECT_EQ(DemoModel::kCounterPath, calls[5].path);
   EXPECT_EQ(2, calls[5].resource.values.at("value").getIntValue());
   host.removeResourceListener(nullptr, &listener);
+}
+
+TEST(ModelTest, AModelThatFailsItsTickIsReportedAndTheOthersStillTick) {
+  SimTavel host(HostWithUsers::quietOptions());
+  ModelRegistry::install(host, {makeBroken});
+  ModelRegistry::installAll(host);
+  ::testing::internal::CaptureStderr();
+  host.tickModels(TimePoint(1s));
+  host.tickModels(TimePoint(2s));
+  std::string errors = ::testing::internal::GetCapturedStderr();
+  EXPECT_NE(std::string::npos, errors.find("[model] broken tick failed: out of order")) << errors;
+  EXPECT_EQ(1, counterOf(host));
 }
 
 TEST(ModelTest, InstallAllPutsEveryModelOfTheRegistryOnTheHost) {
