@@ -13,11 +13,11 @@
 
 #include "sim/CommandLine.h"
 #include "sim/Console.h"
-#include "sim/DemoModels.h"
 #include "sim/FixtureLoader.h"
 #include "sim/HostLoop.h"
 #include "sim/PluginLoader.h"
 #include "sim/SimTavel.h"
+#include "sim/models/ModelRegistry.h"
 
 namespace {
 
@@ -49,8 +49,11 @@ std::vector<halvor::sim::Fixture> loadFixtures(const std::vector<std::string>& f
   return fixtures;
 }
 
+// Models first, then fixtures: a fixture's resource replaces a model's at the same path, and
+// models keep their values in the tree, so what a fixture seeds is what a client reads first.
 void seedHost(halvor::sim::SimTavel& host, const std::vector<halvor::sim::Fixture>& fixtures,
               const halvor::sim::CommandLineOptions& options) {
+  if (options.demoModels) halvor::sim::ModelRegistry::installAll(host);
   for (const auto& fixture : fixtures) {
     host.applyFixture(fixture);
     for (const auto& user : fixture.users) {
@@ -100,10 +103,9 @@ int runHost(const halvor::sim::CommandLineOptions& options, int stopFd) {
     Console::errorLine(std::string("tavel-sim: init threw: ") + error.what());
   }
 
-  halvor::sim::DemoModels demo(*host);
   auto lastExpiry = halvor::tavelabi::TimePoint{};
   halvor::sim::HostLoop loop(*plugin, [&](const halvor::tavelabi::TimePoint& now) {
-    if (options.demoModels) demo.tick(now);
+    host->tickModels(now);
     if (now - lastExpiry >= std::chrono::seconds(1)) {
       host->expireIdleSessions();
       lastExpiry = now;

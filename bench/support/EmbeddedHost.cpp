@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include "sim/models/ModelRegistry.h"
+
 namespace halvor::kelo::bench {
 namespace {
 
@@ -36,6 +38,7 @@ EmbeddedHost::EmbeddedHost(Options options)
     : options_(std::move(options)), dir_(makeScratchFolder(options_.name)), host_(quietHost()) {
   writeFiles();
   host_.addUser({"kelo", "kelo-bench", "administrator", {}});
+  sim::ModelRegistry::installAll(host_);
 }
 
 EmbeddedHost::~EmbeddedHost() {
@@ -94,6 +97,7 @@ bool EmbeddedHost::start() {
 void EmbeddedHost::runHostPass() {
   const auto now = std::chrono::steady_clock::now();
   if (plugin_->produce(now)) plugin_->consume(now);
+  host_.tickModels(now);
 }
 
 void EmbeddedHost::stop() {

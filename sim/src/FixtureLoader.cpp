@@ -2,12 +2,14 @@
 
 #include <json/reader.h>
 
+#include <algorithm>
 #include <fstream>
 #include <memory>
 #include <sstream>
 
 #include "sim/AccessRights.h"
 #include "sim/ResourceJson.h"
+#include "sim/models/ModelRegistry.h"
 
 namespace halvor::sim {
 
@@ -112,26 +114,44 @@ std::string oneLine(const std::string& text) {
   return line;
 }
 
-void refuseUnknownKeys(const Json::Value& root, const std::string& source) {
+bool isOwnKey(const std::string& key) {
+  return key == "users" || key == "resources" || key == "autoLogin" ||
+         key == "sessionTimeoutSeconds" || key == "comment";
+}
+
+// Keeps the models' sections as they are; any other key is refused.
+void readSections(const Json::Value& root, const std::vector<std::string>& modelSections,
+                  Fixture& fixture) {
   for (const std::string& key : root.getMemberNames()) {
-    if (key != "users" && key != "resources" && key != "autoLogin" &&
-        key != "sessionTimeoutSeconds" && key != "comment") {
-      fail(source, "unknown key \"" + key + "\"");
+    if (isOwnKey(key)) continue;
+    if (std::find(modelSections.begin(), modelSections.end(), key) == modelSections.end()) {
+      fail(fixture.source, "unknown key \"" + key + "\"");
     }
+    fixture.sections.emplace_back(key, root[key]);
   }
 }
 
 }  // namespace
 
 Fixture FixtureLoader::loadFile(const std::string& path) {
+  return loadFile(path, ModelRegistry::fixtureSections());
+}
+
+Fixture FixtureLoader::loadFile(const std::string& path,
+                                const std::vector<std::string>& modelSections) {
   std::ifstream file(path);
   if (!file) fail(path, "cannot be read");
   std::ostringstream text;
   text << file.rdbuf();
-  return parse(text.str(), path);
+  return parse(text.str(), path, modelSections);
 }
 
 Fixture FixtureLoader::parse(const std::string& text, const std::string& source) {
+  return parse(text, source, ModelRegistry::fixtureSections());
+}
+
+Fixture FixtureLoader::parse(const std::string& text, const std::string& source,
+                             const std::vector<std::string>& modelSections) {
   Json::CharReaderBuilder builder;
   builder["collectComments"] = false;
   builder["allowComments"] = true;
@@ -144,7 +164,7 @@ Fixture FixtureLoader::parse(const std::string& text, const std::string& source)
   if (!root.isObject()) fail(source, "a fixture is a JSON object");
   Fixture fixture;
   fixture.source = source;
-  refuseUnknownKeys(root, source);
+  readSections(root, modelSections, fixture);
   readUsers(root["users"], fixture);
   readResources(root["resources"], fixture);
   readAutoLogin(root["autoLogin"], fixture);

@@ -45,6 +45,14 @@ Resource ResourceTree::create(const std::string& path, const Resource& resource,
   return stored;
 }
 
+bool ResourceTree::createIfAbsent(const std::string& path, const Resource& resource,
+                                  const Observer& observer) {
+  std::unique_lock lock(mutex_);
+  auto [stored, created] = resources_.try_emplace(path, resource);
+  if (created && observer) observer(stored->second);
+  return created;
+}
+
 Resource ResourceTree::update(const std::string& path, const Resource& resource,
                               const Observer& observer) {
   std::unique_lock lock(mutex_);
@@ -74,6 +82,16 @@ std::vector<std::string> ResourceTree::list(const std::string& glob) const {
     if (matcher.match(entry.first)) paths.push_back(entry.first);
   }
   return paths;
+}
+
+Resource ResourceTree::readGlob(const std::string& glob) const {
+  tavelabi::GlobMatcher matcher(glob);
+  Resource matches;
+  std::shared_lock lock(mutex_);
+  for (const auto& [path, resource] : resources_) {
+    if (matcher.match(path)) matches.values.emplace(path, tavelabi::ResourceValue(resource.values));
+  }
+  return matches;
 }
 
 std::size_t ResourceTree::size() const {

@@ -61,9 +61,24 @@ Resource sessionResource(const SessionRecord& record) {
 }  // namespace
 
 SimTavel::SimTavel(SimTavelOptions options)
-    : options_(std::move(options)), sessions_(options_.clock, options_.sessionTimeout) {}
+    : options_(std::move(options)), sessions_(options_.clock, options_.sessionTimeout) {
+  commands_.add(builtInCommands(), "the host");
+}
 
 SimTavel::~SimTavel() { listeners_.stop(); }
+
+std::vector<Command> SimTavel::builtInCommands() {
+  return {
+      {"/resource/list", [this](ResourceAction& action) { return listResources(action); }},
+      {"/session/command/newSession", [this](ResourceAction&) { return newSession(); }},
+      {"/user/command/login", [this](ResourceAction& action) { return login(action); }},
+      {"/user/command/autoLogin", [this](ResourceAction& action) { return autoLogin(action); }},
+      {"/user/command/logout", [this](ResourceAction& action) { return logout(action); }},
+      {"/user/command/changePassword",
+       [this](ResourceAction& action) { return changePassword(action); }},
+      {"/command/restartTavel", [this](ResourceAction& action) { return restartTavel(action); }},
+  };
+}
 
 void SimTavel::notice(const std::string& text) const {
   if (options_.echoToConsole) Console::line(text);
@@ -107,13 +122,69 @@ Resource SimTavel::loginPlugin(IPluginInfo* /*plugin*/, const std::string& usern
   return sessionResource(sessions_.login(session.sessionId, username));
 }
 
-// ---- The host's own actions and seeding ------------------------------------------------------
+// ---- The host's own actions -------------------------------------------------------------------
 
 Resource SimTavel::processInternalAction(ResourceAction& action) {
   Resource answer = execute(action);
   action.resource = answer;
   return answer;
 }
+
+bool SimTavel::createIfAbsent(const std::string& path, const Resource& resource) {
+  ResourceAction action(CCRUD::Create, path, resource, nullptr, "");
+  return tree_.createIfAbsent(path, resource,
+                              [&](const Resource& stored) { enqueueStored(action, stored); });
+}
+
+// ---- Models -----------------------------------------------------------------------------------
+
+void SimTavel::installModel(std::unique_ptr<Model> model) {
+  model->attach(*this);
+  addCommands(model->commands(), "model " + model->name());
+  std::lock_guard lock(modelsMutex_);
+  std::string section = model->fixtureSection();
+  for (const auto& [name, settings] : fixtureSections_) {
+    if (!section.empty() && name == section) model->applyFixture(settings);
+  }
+  // Kept before seeding: its commands are in the table now and must not outlive it.
+  models_.push_back(std::move(model));
+  models_.back()->seed();
+}
+
+void SimTavel::addCommands(const std::vector<Command>& commands, const std::string& owner) {
+  commands_.add(commands, owner);
+}
+
+void SimTavel::tickModels(const tavelabi::TimePoint& now) {
+  std::lock_guard lock(modelsMutex_);
+  for (const auto& model : models_) {
+    // One model's failure is reported and does not keep the others from their pass.
+    try {
+      model->tick(now);
+    } catch (const std::exception& error) {
+      Console::errorLine("[model] " + model->name() + " tick failed: " + error.what());
+    }
+  }
+}
+
+std::vector<std::string> SimTavel::modelNames() const {
+  std::lock_guard lock(modelsMutex_);
+  std::vector<std::string> names;
+  for (const auto& model : models_) names.push_back(model->name());
+  return names;
+}
+
+std::vector<std::string> SimTavel::commandPaths() const { return commands_.paths(); }
+
+void SimTavel::applySection(const std::string& section, const Json::Value& settings) {
+  std::lock_guard lock(modelsMutex_);
+  fixtureSections_.emplace_back(section, settings);
+  for (const auto& model : models_) {
+    if (model->fixtureSection() == section) model->applyFixture(settings);
+  }
+}
+
+// ---- Seeding ----------------------------------------------------------------------------------
 
 void SimTavel::addUser(const FixtureUser& user) {
   std::optional<Role> role = AccessRights::parseRole(user.role);
@@ -147,6 +218,7 @@ void SimTavel::applyFixture(const Fixture& fixture) {
   if (fixture.sessionTimeoutSeconds) {
     setSessionTimeout(std::chrono::seconds(*fixture.sessionTimeoutSeconds));
   }
+  for (const auto& [section, settings] : fixture.sections) applySection(section, settings);
 }
 
 std::string SimTavel::openSession(const std::string& username, const std::string& sessionId) {
@@ -250,6 +322,8 @@ void SimTavel::enqueueStored(const ResourceAction& action, const Resource& store
 }
 
 Resource SimTavel::read(const ResourceAction& action) {
+  // A glob answers every match at once, so that a client can subscribe to a whole subtree.
+  if (action.path.find('*') != std::string::npos) return tree_.readGlob(action.path);
   if (startsWith(action.path, kSessionsPrefix)) return readSession(action.path);
   return tree_.read(action.path);
 }
@@ -262,16 +336,11 @@ Resource SimTavel::readSession(const std::string& path) {
 }
 
 Resource SimTavel::runCommand(ResourceAction& action) {
-  const std::string& path = action.path;
-  if (path == "/resource/list") return listResources(action);
-  if (path == "/session/command/newSession") return newSession();
-  if (path == "/user/command/login") return login(action);
-  if (path == "/user/command/autoLogin") return autoLogin(action);
-  if (path == "/user/command/logout") return logout(action);
-  if (path == "/user/command/changePassword") return changePassword(action);
-  if (path == "/command/restartTavel") return restartTavel(action);
+  if (std::optional<CommandHandler> handler = commands_.find(action.path)) {
+    return (*handler)(action);
+  }
   if (listeners_.callCommandListeners(action) > 0) return action.resource;
-  throw tavelabi::NonExistentResourcePathException(ResourceTree::missingText(path));
+  throw tavelabi::NonExistentResourcePathException(ResourceTree::missingText(action.path));
 }
 
 Resource SimTavel::listResources(const ResourceAction& action) const {

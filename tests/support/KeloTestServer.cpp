@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "sim/models/ModelRegistry.h"
 #include "tavelabi/PluginStatus.h"
 
 namespace halvor::kelo::test {
@@ -47,6 +48,7 @@ KeloTestServer::KeloTestServer(KeloTestServerOptions opts)
   hostOptions.echoToConsole = false;
   hostOptions.sessionTimeout = options.sessionTimeout;
   tavel = std::make_unique<sim::SimTavel>(hostOptions);
+  sim::ModelRegistry::installAll(*tavel);
   tavel->addUser({options.userName, options.password, options.userRole, {}});
   if (options.userName != "admin") {
     tavel->addUser({"admin", "admin-test", "administrator", {}});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "sim/SimTavel.h"
+#include "sim/models/ModelRegistry.h"
 
 namespace halvor::kelo::test {
 
@@ -12,6 +13,7 @@ class SimHost {
   static constexpr const char* kViewerSession = "viewer-session";
 
   SimHost() : tavel(quietOptions()) {
+    sim::ModelRegistry::installAll(tavel);
     tavel.addUser({"admin", "admin-pw", "administrator", {}});
     tavel.addUser({"viewer", "viewer-pw", "read-only", {}});
     tavel.openSession("admin", kAdminSession);

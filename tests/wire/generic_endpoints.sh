@@ -1,73 +1,16 @@
 #!/usr/bin/env bash
-# generic_endpoints.sh TAVEL_SIM LIBKELO: starts tavel-sim with the plug-in on two free ports,
-# with an administrator and a read-only user already logged in, and checks the generic resource
-# and command endpoints with curl over HTTP and HTTPS.
+# generic_endpoints.sh TAVEL_SIM LIBKELO REPO: tavel-sim with the plug-in, no models, an
+# administrator and a read-only user already logged in; checks the generic resource and command
+# endpoints with curl over HTTP and HTTPS.
 set -uo pipefail
-sim=$1
-plugin=$2
-source "$(dirname "$0")/checks.sh"
-# Same JSON value, whatever the order of object members.
-expect_json_eq() {  # name expected actual
-  if "$python" -c 'import json,sys; sys.exit(0 if json.loads(sys.argv[1]) == json.loads(sys.argv[2]) else 1)' \
-      "$2" "$3" 2>/dev/null; then
-    pass "$1"
-  else
-    fail "$1: expected $2, got $3"
-  fi
-}
+source "$(dirname "$0")/lib/wire.sh"
 
-free_port() {
-  "$python" -c 'import socket; s=socket.socket(); s.bind(("127.0.0.1",0)); print(s.getsockname()[1])'
-}
-http_port=$(free_port)
-https_port=$(free_port)
-while [ "$https_port" == "$http_port" ]; do https_port=$(free_port); done
-
-cd "$work"
-mkdir -p logs www certificates
-openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/CN=localhost" \
-  -addext "subjectAltName=DNS:localhost,IP:127.0.0.1" \
-  -keyout certificates/server.key -out certificates/server.crt 2>/dev/null || {
-  echo "cannot make a certificate"; exit 1; }
-
-cat > config.json <<JSON
-{
-  "UserName": "kelo",
-  "Password": "kelo-wire-secret",
-  "LogDirectory": "$work/logs",
-  "PX3LocalhostIp": ["127.0.0.1"],
-  "server-certificate": "$work/certificates/server.crt",
-  "server-private-key": "$work/certificates/server.key",
-  "https-port": $https_port,
-  "http-port": $http_port,
-  "drogon-config": "$work/web-config.json",
-  "bypass-cors": false,
-  "cors-origin": ""
-}
-JSON
-cat > web-config.json <<JSON
-{
-  "app": { "number_of_threads": 1, "document_root": "$work/www" },
-  "plugins": [
-    { "name": "WebKeloInterface", "config": {} },
-    { "name": "ResourceListenerManager", "config": {} },
-    { "name": "BackgroundTaskQueue", "config": { "threads_num": 1, "name": "keloBackground" } }
-  ]
-}
-JSON
-cat > log.conf <<'CONF'
-* GLOBAL:
-    FORMAT               =  "%datetime %level [%logger] %msg"
-    ENABLED              =  true
-    TO_FILE              =  true
-    TO_STANDARD_OUTPUT   =  false
-CONF
-cat > fixture.json <<'JSON'
+io_threads=1
+fixture=$(wire_fixture generic <<'JSON'
 {
   "users": [
     {"name": "admin", "password": "admin-wire", "role": "administrator"},
-    {"name": "viewer", "password": "viewer-wire", "role": "read-only"},
-    {"name": "kelo", "password": "kelo-wire-secret", "role": "administrator"}
+    {"name": "viewer", "password": "viewer-wire", "role": "read-only"}
   ],
   "resources": {
     "/system/alarms": {"value": {"list": [{"string": "overheat"}, {"string": "vswr"}]}},
@@ -75,36 +18,14 @@ cat > fixture.json <<'JSON'
   }
 }
 JSON
+)
+wire_start --fixture "$fixture" --no-demo-models --session admin-wire=admin \
+  --session viewer-wire=viewer
 
-"$sim" --plugin "$plugin" --log-config "$work/log.conf" --config "$work/config.json" \
-  --web-config "$work/web-config.json" --fixture "$work/fixture.json" --no-demo-models \
-  --session admin-wire=admin --session viewer-wire=viewer > sim.out 2>&1 &
-server_pid=$!
-
-http="http://127.0.0.1:$http_port/1/api"
-https="https://127.0.0.1:$https_port/1/api"
+http=$api
+https=$api_tls
 admin=(--cookie "SessionID=admin-wire")
 viewer=(--cookie "SessionID=viewer-wire")
-
-ready=
-for _ in $(seq 1 200); do
-  if ! kill -0 "$server_pid" 2>/dev/null; then break; fi
-  if curl -s -o /dev/null --max-time 1 "$http/resource?path=/wire/kept"; then ready=1; break; fi
-  sleep 0.1
-done
-if [ -z "$ready" ]; then
-  echo "tavel-sim did not serve on port $http_port:"; cat sim.out; exit 1
-fi
-
-# status, content type and body of one request: sets $status $ctype $body $headers
-request() {
-  local out
-  out=$(curl -s -D "$work/headers" -o "$work/body" -w '%{http_code}\n%{content_type}' "$@")
-  status=$(sed -n 1p <<<"$out")
-  ctype=$(sed -n 2p <<<"$out")
-  body=$(cat "$work/body")
-  headers=$(tr -d '\r' < "$work/headers")
-}
 
 # --- reading ---
 request "${admin[@]}" "$http/resource?path=%2Fsystem%2Falarms"
@@ -229,8 +150,4 @@ expect_eq "HTTPS refused right" 403 "$status"
 request -k "$https/resource"
 expect_eq "HTTPS missing path" 500 "$status"
 
-printf '\n%d checks, %d failed\n' "$checks" "$failures"
-if [ "$failures" -ne 0 ]; then
-  echo "--- tavel-sim output ---"; cat sim.out
-  exit 1
-fi
+wire_finish

@@ -1,146 +1,36 @@
 #!/usr/bin/python3
 """ws_push.py TAVEL_SIM LIBKELO REPO: WebSocket push over the wire.
 
-Starts tavel-sim with the plug-in on free ports and a pre-made session, keeps "/1/ws/ping" alive,
-subscribes "/1/ws/resource?path=/demo/counter" (the simulator updates it every second) and checks
-the binary Resource frames; then stops pinging and sees the pushes stop once the heartbeat count
-has run out, and start again with the next ping; a resource created and changed through
+tavel-sim with the plug-in, the demo's fixture, its models and two pre-made sessions: keeps
+"/1/ws/ping" alive, subscribes "/1/ws/resource?path=/demo/counter" (the simulator updates it every
+second) and checks the binary Resource frames; subscribes the glob "/demo/**" and sees its first
+frame and its pushes; then stops pinging and sees the pushes stop once the heartbeat count has run
+out, and start again with the next ping; a resource created and changed through
 "/1/api/resource" reaches its subscriber as a binary Resource. Exit status 0 when every check
 passed.
 """
 import json
 import os
-import shutil
-import signal
-import socket
-import subprocess
 import sys
-import tempfile
 import time
 import urllib.request
 
 import websocket  # Debian's python3-websocket
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "lib"))
+import wire  # noqa: E402 - found through the path set above
+
 SESSION = "wire-ws-session"
 WRITER = "wire-ws-writer"
 
 
-def free_port():
-    with socket.socket() as s:
-        s.bind(("127.0.0.1", 0))
-        return s.getsockname()[1]
+def int_value(frame):
+    """The "value" of a binary Resource frame."""
+    return wire.resource_values(frame).get("value")
 
 
-def varint(data, at):
-    shift = result = 0
-    while True:
-        byte = data[at]
-        at += 1
-        result |= (byte & 0x7F) << shift
-        if not byte & 0x80:
-            return result, at
-        shift += 7
-
-
-def fields(data):
-    """(field number, wire type, value) of one protobuf message; value is int or bytes."""
-    at = 0
-    while at < len(data):
-        key, at = varint(data, at)
-        number, kind = key >> 3, key & 7
-        if kind == 0:
-            value, at = varint(data, at)
-        elif kind == 2:
-            length, at = varint(data, at)
-            value, at = data[at:at + length], at + length
-        elif kind == 5:
-            value, at = data[at:at + 4], at + 4
-        elif kind == 1:
-            value, at = data[at:at + 8], at + 8
-        else:
-            raise ValueError("wire type %d" % kind)
-        yield number, kind, value
-
-
-def resource_int_values(frame):
-    """The Int32 values of a halvor.protobuf.Resource, by key."""
-    values = {}
-    for number, _, entry in fields(frame):
-        if number != 1:  # map<string, ResourceValue> values = 1
-            continue
-        key, value = None, b""
-        for n, _, v in fields(entry):
-            if n == 1:
-                key = v.decode()
-            elif n == 2:
-                value = v
-        for n, _, v in fields(value):
-            if n == 7:  # google.protobuf.Int32Value intValue = 7
-                values[key] = dict((a, c) for a, _, c in fields(v)).get(1, 0)
-    return values
-
-
-class Checks:
-    def __init__(self):
-        self.count = self.failed = 0
-
-    def check(self, name, ok, detail=""):
-        self.count += 1
-        if not ok:
-            self.failed += 1
-        print(("ok   " if ok else "FAIL ") + name + ("" if ok else ": " + detail), flush=True)
-        return ok
-
-
-def start_sim(sim, plugin, repo, work):
-    http_port, https_port = free_port(), free_port()
-    while https_port == http_port:
-        https_port = free_port()
-    subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt",
-                    "ec_paramgen_curve:prime256v1", "-nodes", "-days", "2", "-subj", "/CN=localhost",
-                    "-keyout", os.path.join(work, "server.key"),
-                    "-out", os.path.join(work, "server.crt")],
-                   check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    web = {"app": {"number_of_threads": 2, "document_root": work, "upload_path": work},
-           "plugins": [{"name": "WebKeloInterface", "config": {}},
-                       {"name": "ResourceListenerManager", "config": {}},
-                       {"name": "BackgroundTaskQueue",
-                        "config": {"threads_num": 1, "name": "wireQueue"}}]}
-    with open(os.path.join(work, "web.json"), "w") as out:
-        json.dump(web, out)
-    config = {"UserName": "kelo", "Password": "kelo-plugin-secret",
-              "LogDirectory": work, "PX3LocalhostIp": ["127.0.0.1"],
-              "server-certificate": os.path.join(work, "server.crt"),
-              "server-private-key": os.path.join(work, "server.key"),
-              "https-port": https_port, "http-port": http_port,
-              "drogon-config": os.path.join(work, "web.json"),
-              "bypass-cors": False, "cors-origin": ""}
-    with open(os.path.join(work, "config.json"), "w") as out:
-        json.dump(config, out)
-    with open(os.path.join(work, "log.conf"), "w") as out:
-        out.write('* GLOBAL:\n    FORMAT = "%datetime %level %msg"\n    TO_FILE = true\n'
-                  '    TO_STANDARD_OUTPUT = false\n')
-    process = subprocess.Popen(
-        [sim, "--plugin", plugin, "--log-config", os.path.join(work, "log.conf"),
-         "--config", os.path.join(work, "config.json"),
-         "--fixture", os.path.join(repo, "config/fixtures/demo.json"),
-         "--session", SESSION + "=viewer", "--session", WRITER + "=operator"],
-        stdout=open(os.path.join(work, "sim.out"), "w"), stderr=subprocess.STDOUT)
-    deadline = time.time() + 20
-    while time.time() < deadline:
-        try:
-            socket.create_connection(("127.0.0.1", http_port), timeout=0.5).close()
-            return process, http_port
-        except OSError:
-            if process.poll() is not None:
-                break
-            time.sleep(0.1)
-    process.kill()
-    raise RuntimeError("tavel-sim did not start: " + open(os.path.join(work, "sim.out")).read())
-
-
-def connect(port, target, **options):
-    return websocket.create_connection("ws://127.0.0.1:%d%s" % (port, target), timeout=5,
+def connect(sim, target, **options):
+    return websocket.create_connection(sim.ws_url(target), timeout=5,
                                        cookie="SessionID=" + SESSION, **options)
 
 
@@ -158,16 +48,18 @@ def receive_for(ws, seconds):
     return frames
 
 
-def run(port, checks):
-    ping = connect(port, "/1/ws/ping")
+def run(sim, checks):
+    sim.start(fixtures=[sim.repo_file("config/fixtures/demo.json")],
+              sessions={SESSION: "viewer", WRITER: "operator"})
+    ping = connect(sim, "/1/ws/ping")
     opcode, data = ping.recv_data()
     checks.check("ping answers pong as Text", opcode == websocket.ABNF.OPCODE_TEXT and data == b"pong",
                  repr((opcode, data)))
 
-    sub = connect(port, "/1/ws/resource?path=%2Fdemo%2Fcounter")
+    sub = connect(sim, "/1/ws/resource?path=%2Fdemo%2Fcounter")
     opcode, first = sub.recv_data()
     checks.check("first frame is Binary", opcode == websocket.ABNF.OPCODE_BINARY, str(opcode))
-    first_value = resource_int_values(first).get("value")
+    first_value = int_value(first)
     checks.check("first frame holds the counter", isinstance(first_value, int), repr(first))
 
     # Ping every second for three seconds: one push a second, counting up.
@@ -176,10 +68,34 @@ def run(port, checks):
         ping.send("ping")
         ping.recv_data()
         pushes += receive_for(sub, 1.0)
-    values = [resource_int_values(d).get("value") for _, d in pushes]
+    values = [int_value(d) for _, d in pushes]
     checks.check("pushes arrive while pinging", len(values) >= 2, repr(values))
     checks.check("pushes count up", values == sorted(values) and values[0] > first_value,
                  repr((first_value, values)))
+
+    # A glob: the first frame maps each match to its values, then each change is pushed.
+    glob = connect(sim, "/1/ws/resource?path=%2Fdemo%2F**")
+    opcode, first_glob = glob.recv_data()
+    matches = wire.resource_values(first_glob)
+    checks.check("a glob's first frame is Binary", opcode == websocket.ABNF.OPCODE_BINARY,
+                 str(opcode))
+    checks.check("a glob's first frame maps every match to its values",
+                 sorted(matches) == ["/demo/clock", "/demo/counter"]
+                 and isinstance(matches["/demo/counter"].get("value"), int)
+                 and isinstance(matches["/demo/clock"].get("value"), str), repr(matches))
+    glob_pushes = []
+    for _ in range(3):
+        ping.send("ping")
+        ping.recv_data()
+        glob_pushes += [wire.resource_values(d) for _, d in receive_for(glob, 1.0)]
+    counts = [p["value"] for p in glob_pushes if isinstance(p.get("value"), int)]
+    clocks = [p["value"] for p in glob_pushes if isinstance(p.get("value"), str)]
+    checks.check("a glob subscription is pushed the counter and the clock",
+                 len(counts) >= 1 and len(clocks) >= 1, repr(glob_pushes))
+    checks.check("the counter pushed to the glob counts on from its first frame",
+                 counts == sorted(counts) and counts[0] > matches["/demo/counter"]["value"],
+                 repr((matches, counts)))
+    glob.close()
 
     # Silence: the count of 5 runs out within six ticks, then nothing more arrives.
     silent_start = time.time()
@@ -201,20 +117,20 @@ def run(port, checks):
     def rest(method, value):
         body = json.dumps({"values": {"value": {"type": "INT32", "intValue": value}}}).encode()
         request = urllib.request.Request(
-            "http://127.0.0.1:%d/1/api/resource?path=%%2Fwire%%2Fsetting" % port, data=body,
+            sim.url("/1/api/resource?path=%2Fwire%2Fsetting"), data=body,
             method=method, headers={"Cookie": "SessionID=" + WRITER})
         with urllib.request.urlopen(request, timeout=5) as reply:
             return reply.status
     checks.check("POST creates the resource", rest("POST", 1) == 200)
-    setting = connect(port, "/1/ws/resource?path=%2Fwire%2Fsetting")
+    setting = connect(sim, "/1/ws/resource?path=%2Fwire%2Fsetting")
     _, first_setting = setting.recv_data()
     checks.check("first frame holds the created value",
-                 resource_int_values(first_setting).get("value") == 1, repr(first_setting))
+                 int_value(first_setting) == 1, repr(first_setting))
     time.sleep(0.5)  # the first frame goes out before the subscription is made
     ping.send("ping")
     ping.recv_data()
     checks.check("PUT through /1/api/resource is answered 200", rest("PUT", 42) == 200)
-    pushed = [resource_int_values(d).get("value") for _, d in receive_for(setting, 2.0)]
+    pushed = [int_value(d) for _, d in receive_for(setting, 2.0)]
     checks.check("the PUT reaches the subscriber as a binary Resource", 42 in pushed, repr(pushed))
     setting.close()
 
@@ -234,7 +150,7 @@ def run(port, checks):
                  repr(answer))
     sub.shutdown()
 
-    bad = websocket.create_connection("ws://127.0.0.1:%d/1/ws/resource?path=/demo/counter" % port,
+    bad = websocket.create_connection(sim.ws_url("/1/ws/resource?path=/demo/counter"),
                                       timeout=5, cookie="SessionID=unknown")
     bad.settimeout(5)
     frame = bad.recv_frame()
@@ -245,29 +161,5 @@ def run(port, checks):
     ping.close()
 
 
-def main():
-    sim, plugin, repo = sys.argv[1:4]
-    work = tempfile.mkdtemp(prefix="kelo-wire-ws-")
-    process = None
-    checks = Checks()
-    try:
-        process, port = start_sim(sim, plugin, repo, work)
-        run(port, checks)
-    except Exception as error:  # noqa: BLE001 - any failure fails the test
-        checks.check("wire run", False, repr(error))
-    finally:
-        if process is not None and process.poll() is None:
-            process.send_signal(signal.SIGTERM)
-            try:
-                process.wait(timeout=10)
-            except subprocess.TimeoutExpired:
-                process.kill()
-        if checks.failed and os.path.exists(os.path.join(work, "Kelo1.log")):
-            print(open(os.path.join(work, "Kelo1.log")).read()[-3000:])
-        shutil.rmtree(work, ignore_errors=True)
-    print("%d checks, %d failed" % (checks.count, checks.failed))
-    return 1 if checks.failed or checks.count == 0 else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(wire.main(run))

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <json/value.h>
+
 #include <optional>
 #include <string>
 #include <utility>
@@ -21,13 +23,16 @@ struct AutoLoginRule {
   std::string username;
 };
 
-// What one fixture file seeds: users, resources, auto-login rules and the session timeout.
+// What one fixture file seeds: users, resources, auto-login rules, the session timeout and the
+// settings of models.
 struct Fixture {
   std::string source;  // the file it came from
   std::vector<FixtureUser> users;
   std::vector<std::pair<std::string, tavelabi::Resource>> resources;
   std::vector<AutoLoginRule> autoLogin;
   std::optional<int> sessionTimeoutSeconds;
+  // Sections that models read (Model::fixtureSection), as written, in key order.
+  std::vector<std::pair<std::string, Json::Value>> sections;
 };
 
 }  // namespace halvor::sim

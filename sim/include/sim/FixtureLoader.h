@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "sim/Fixture.h"
 
@@ -16,9 +17,14 @@ class FixtureError : public std::runtime_error {
 // Reads fixture files (JSON, format in docs/SIMULATOR.md).
 class FixtureLoader {
  public:
+  // Besides its own keys, a fixture may hold the sections that models read
+  // (ModelRegistry::fixtureSections(), or those given); any other key is an error.
   static Fixture loadFile(const std::string& path);
+  static Fixture loadFile(const std::string& path, const std::vector<std::string>& modelSections);
   // Parses fixture text; `source` names it in errors.
   static Fixture parse(const std::string& text, const std::string& source);
+  static Fixture parse(const std::string& text, const std::string& source,
+                       const std::vector<std::string>& modelSections);
 };
 
 }  // namespace halvor::sim

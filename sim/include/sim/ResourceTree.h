@@ -27,6 +27,9 @@ class ResourceTree {
   // Stores the resource at the path, replacing an earlier one; returns what is stored.
   tavelabi::Resource create(const std::string& path, const tavelabi::Resource& resource,
                             const Observer& observer = {});
+  // Stores the resource only when there is none at the path; true when it did.
+  bool createIfAbsent(const std::string& path, const tavelabi::Resource& resource,
+                      const Observer& observer = {});
   // Merges the given keys into the resource at the path; returns the result.
   // NonExistentResourcePathException when there is none.
   tavelabi::Resource update(const std::string& path, const tavelabi::Resource& resource,
@@ -35,6 +38,9 @@ class ResourceTree {
   tavelabi::Resource remove(const std::string& path);
   // The paths that match the glob, in path order.
   std::vector<std::string> list(const std::string& glob) const;
+  // One resource that maps each path matching the glob to the values of its resource (a
+  // MAP_VALUE), in path order; no values when nothing matches.
+  tavelabi::Resource readGlob(const std::string& glob) const;
   std::size_t size() const;
 
   static std::string missingText(const std::string& path);

@@ -2,16 +2,19 @@
 
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "sim/AccessRights.h"
+#include "sim/CommandTable.h"
 #include "sim/Fixture.h"
 #include "sim/ListenerDispatcher.h"
 #include "sim/ResourceTree.h"
 #include "sim/SessionTable.h"
+#include "sim/models/Model.h"
 #include "tavelabi/ITavel.h"
 #include "tavelabi/PluginStatus.h"
 
@@ -32,7 +35,8 @@ struct StatusRecord {
 };
 
 // The simulated host: a resource tree, users with roles, sessions with inactivity expiry,
-// listeners. Every ITavel operation is safe from any number of threads.
+// listeners, a table of commands and the models of the transmitter's domains. Every ITavel
+// operation is safe from any number of threads.
 class SimTavel : public tavelabi::ITavel {
  public:
   static constexpr const char* kUsersPrefix = "/user/users/";
@@ -59,12 +63,29 @@ class SimTavel : public tavelabi::ITavel {
 
   // The host's own actions (models, seeding): no session, no rights, listeners as usual.
   tavelabi::Resource processInternalAction(tavelabi::ResourceAction& action);
+  // A Create by the host that stores the resource only when there is none at the path (models
+  // seed their resources so, leaving fixtures' values alone); true when it stored it.
+  bool createIfAbsent(const std::string& path, const tavelabi::Resource& resource);
+
+  // Models (sim/models/Model.h; ModelRegistry::installAll installs every one). Adds the model's
+  // commands, hands it its sections of the fixtures applied so far, lets it seed its resources
+  // and ticks it from then on. DuplicateCommandError, with nothing installed, when one of its
+  // commands is served already.
+  void installModel(std::unique_ptr<Model> model);
+  // Commands served by `owner` (a name for messages); DuplicateCommandError as above.
+  void addCommands(const std::vector<Command>& commands, const std::string& owner);
+  // One pass of every model; the host's loop calls it.
+  void tickModels(const tavelabi::TimePoint& now);
+  std::vector<std::string> modelNames() const;
+  std::vector<std::string> commandPaths() const;
 
   // Seeding. A user becomes the resource "/user/users/<name>".
   void addUser(const FixtureUser& user);
   void addAutoLoginRule(const AutoLoginRule& rule);
-  // Users, resources, rules and timeout of a fixture, in that order; resources replace
-  // earlier ones at the same path and are not dispatched to listeners.
+  // Users, resources, rules, timeout and model sections of a fixture, in that order; resources
+  // replace earlier ones at the same path (models' resources too) and are not dispatched to
+  // listeners. A section goes to the installed model that reads it, and to a model installed
+  // later.
   void applyFixture(const Fixture& fixture);
   // A logged-in session for the user, with the given identifier or a fresh one. Throws
   // std::invalid_argument for an unknown user or an identifier in use.
@@ -92,6 +113,8 @@ class SimTavel : public tavelabi::ITavel {
   tavelabi::Resource read(const tavelabi::ResourceAction& action);
   tavelabi::Resource readSession(const std::string& path);
   tavelabi::Resource runCommand(tavelabi::ResourceAction& action);
+  std::vector<Command> builtInCommands();
+  void applySection(const std::string& section, const Json::Value& settings);
   tavelabi::Resource listResources(const tavelabi::ResourceAction& action) const;
   tavelabi::Resource newSession();
   tavelabi::Resource login(const tavelabi::ResourceAction& action);
@@ -108,6 +131,12 @@ class SimTavel : public tavelabi::ITavel {
   ResourceTree tree_;
   SessionTable sessions_;
   ListenerDispatcher listeners_;
+  CommandTable commands_;
+
+  // Held while models are installed, ticked or handed fixture sections.
+  mutable std::mutex modelsMutex_;
+  std::vector<std::unique_ptr<Model>> models_;
+  std::vector<std::pair<std::string, Json::Value>> fixtureSections_;
 
   mutable std::mutex rulesMutex_;
   std::vector<AutoLoginRule> autoLoginRules_;

@@ -84,6 +84,22 @@ TEST(FixtureLoaderTest, WrongShapesAreNamed) {
             errorOf(R"({"sessionTimeoutSeconds": 0})").find("sessionTimeoutSeconds"));
 }
 
+TEST(FixtureLoaderTest, SectionsOfModelsAreKeptAsWrittenAndOtherKeysRefused) {
+  Fixture fixture =
+      FixtureLoader::parse(R"({"meter": {"peak": 42}, "resources": {"/a": {"value": {"int": 1}}}})",
+                           "fixtures/test.json", {"meter", "alarm"});
+  ASSERT_EQ(1u, fixture.sections.size());
+  EXPECT_EQ("meter", fixture.sections[0].first);
+  EXPECT_EQ(42, fixture.sections[0].second["peak"].asInt());
+  EXPECT_EQ(1u, fixture.resources.size());
+  try {
+    FixtureLoader::parse(R"({"meters": {}})", "fixtures/test.json", {"meter"});
+    FAIL() << "no exception";
+  } catch (const FixtureError& error) {
+    EXPECT_STREQ("fixtures/test.json: unknown key \"meters\"", error.what());
+  }
+}
+
 TEST(FixtureLoaderTest, FileThatCannotBeReadIsNamed) {
   try {
     FixtureLoader::loadFile("/nonexistent/dir/fixture.json");

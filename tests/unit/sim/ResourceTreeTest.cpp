@@ -84,5 +84,30 @@ TEST(ResourceTreeTest, ObserverSeesTheStoredResource) {
   EXPECT_EQ(2u, seen.values.size());
 }
 
+TEST(ResourceTreeTest, CreateIfAbsentLeavesAStoredResourceAlone) {
+  ResourceTree tree;
+  tree.create("/x", Resource(ResourceValue(1)));
+  int observed = 0;
+  EXPECT_FALSE(
+      tree.createIfAbsent("/x", Resource(ResourceValue(2)), [&](const Resource&) { ++observed; }));
+  EXPECT_EQ(1, tree.read("/x").values.at("value").getIntValue());
+  EXPECT_TRUE(
+      tree.createIfAbsent("/y", Resource(ResourceValue(3)), [&](const Resource&) { ++observed; }));
+  EXPECT_EQ(3, tree.read("/y").values.at("value").getIntValue());
+  EXPECT_EQ(1, observed);
+}
+
+TEST(ResourceTreeTest, ReadGlobMapsPathsToTheirValues) {
+  ResourceTree tree;
+  tree.create("/a/1", Resource(ResourceValue(1)));
+  tree.create("/a/1/deep", Resource("k", ResourceValue(std::string("v"))));
+  Resource one = tree.readGlob("/a/*");
+  ASSERT_EQ(1u, one.values.size());
+  EXPECT_EQ(1, one.values.at("/a/1").getMapValue().at("value").getIntValue());
+  Resource all = tree.readGlob("/a/**");
+  EXPECT_EQ("v", all.values.at("/a/1/deep").getMapValue().at("k").getStringValue());
+  EXPECT_TRUE(tree.readGlob("/b/**").values.empty());
+}
+
 }  // namespace
 }  // namespace halvor::sim

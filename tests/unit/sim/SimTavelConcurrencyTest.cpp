@@ -8,6 +8,8 @@
 
 #include "SimTestSupport.h"
 #include "sim/SimTavel.h"
+#include "sim/models/DemoModel.h"
+#include "sim/models/ModelRegistry.h"
 #include "tavelabi/Exceptions.h"
 
 namespace halvor::sim {
@@ -224,6 +226,44 @@ TEST(SimTavelConcurrencyTest, EightThreadsOfMixedActionsLeaveAConsistentTree) {
   // Only the three sessions of the fixture and the workers' own are left.
   EXPECT_EQ(3u + kThreads, h.host->sessionCount());
   h.host->removeResourceListener(&h.info, &listener);
+}
+
+// The loop's thread ticks the models while other threads read the demo's subtree by glob, run
+// commands from the table and add commands to it.
+TEST(SimTavelConcurrencyTest, ModelTicksGlobReadsAndTheCommandTableRunTogether) {
+  HostWithUsers h;
+  ModelRegistry::installAll(*h.host);
+  constexpr int kTicks = 2'000;
+  constexpr int kReaders = 4;
+  std::thread loop([&] {
+    for (int i = 0; i < kTicks; ++i) {
+      h.host->tickModels(tavelabi::TimePoint(std::chrono::seconds(i)));
+    }
+  });
+  std::atomic<int> problems{0};
+  std::vector<std::thread> readers;
+  for (int r = 0; r < kReaders; ++r) {
+    readers.emplace_back([&, r] {
+      std::string path = "/reader" + std::to_string(r) + "/command/echo";
+      h.host->addCommands({{path, [r](ResourceAction&) { return Resource(ResourceValue(r)); }}},
+                          "reader " + std::to_string(r));
+      int last = -1;
+      for (int i = 0; i < 2'000; ++i) {
+        Resource demo = h.run(CCRUD::Read, "/demo/**", h.viewerSession);
+        int count = demo.values.at(DemoModel::kCounterPath).getMapValue().at("value").getIntValue();
+        if (demo.values.size() != 2 || count < last) ++problems;
+        last = count;
+        if (h.run(CCRUD::Command, path, h.operatorSession).values.at("value").getIntValue() != r) {
+          ++problems;
+        }
+      }
+    });
+  }
+  loop.join();
+  for (auto& reader : readers) reader.join();
+  EXPECT_EQ(0, problems.load());
+  // The first tick starts the clock; each later one, a second on, counts.
+  EXPECT_EQ(kTicks - 1, h.host->peek(DemoModel::kCounterPath)->values.at("value").getIntValue());
 }
 
 }  // namespace

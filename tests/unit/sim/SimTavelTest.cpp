@@ -102,6 +102,73 @@ TEST(SimTavelTest, ResourceListAnswersPathsInOrder) {
   EXPECT_EQ(3u, answer.values.at("value").getListValue().size());
 }
 
+TEST(SimTavelTest, BuiltInCommandsAreServedFromTheCommandTable) {
+  HostWithUsers h;
+  EXPECT_EQ((std::vector<std::string>{"/command/restartTavel", "/resource/list",
+                                      "/session/command/newSession", "/user/command/autoLogin",
+                                      "/user/command/changePassword", "/user/command/login",
+                                      "/user/command/logout"}),
+            h.host->commandPaths());
+}
+
+TEST(SimTavelTest, CommandsAddedToTheTableRunAndAPathCannotBeAddedTwice) {
+  HostWithUsers h;
+  h.host->addCommands({{"/x/command/echo", [](ResourceAction& action) { return action.resource; }}},
+                      "x");
+  Resource answer = h.run(CCRUD::Command, "/x/command/echo", h.operatorSession, text("a", "b"));
+  EXPECT_EQ("b", answer.values.at("a").getStringValue());
+  EXPECT_THROW(h.host->addCommands({{"/x/command/echo", {}}}, "y"), DuplicateCommandError);
+  EXPECT_THROW(h.host->addCommands({{"/user/command/login", {}}}, "y"), DuplicateCommandError);
+}
+
+TEST(SimTavelTest, CommandListenersStillRunForPathsNotInTheTable) {
+  HostWithUsers h;
+  testing::RecordingListener listener("/plugin/command/**", {CCRUD::Command});
+  listener.onCall = [](ResourceAction& action) { action.resource = text("by", "listener"); };
+  h.host->addResourceListener(&h.info, &listener);
+  h.host->addCommands({{"/x/command/y", [](ResourceAction&) { return text("by", "table"); }}}, "x");
+  EXPECT_EQ(
+      "listener",
+      h.run(CCRUD::Command, "/plugin/command/go", h.adminSession).values.at("by").getStringValue());
+  EXPECT_EQ("table",
+            h.run(CCRUD::Command, "/x/command/y", h.adminSession).values.at("by").getStringValue());
+  h.host->removeResourceListener(&h.info, &listener);
+}
+
+// ---- Read of a glob ----
+
+TEST(SimTavelTest, ReadOfAGlobMapsEachMatchingPathToItsValuesInPathOrder) {
+  HostWithUsers h;
+  h.run(CCRUD::Create, "/sys/b", h.adminSession, Resource(ResourceValue(2)));
+  h.run(CCRUD::Create, "/sys/a", h.adminSession, text("name", "TX-1"));
+  h.run(CCRUD::Create, "/sys/a/deep", h.adminSession, Resource(ResourceValue(3)));
+  h.run(CCRUD::Create, "/other", h.adminSession, Resource(ResourceValue(4)));
+  ResourceAction read(CCRUD::Read, "/sys/*", &h.info, h.viewerSession);
+  Resource answer = h.host->processResourceAction(read);
+  ASSERT_EQ(2u, answer.values.size());
+  EXPECT_EQ("/sys/a", answer.values.begin()->first);
+  EXPECT_EQ("TX-1", answer.values.at("/sys/a").getMapValue().at("name").getStringValue());
+  EXPECT_EQ(2, answer.values.at("/sys/b").getMapValue().at("value").getIntValue());
+  EXPECT_EQ(2u, read.resource.values.size());
+
+  answer = h.run(CCRUD::Read, "/sys/**", h.viewerSession);
+  EXPECT_EQ(3u, answer.values.size());
+  EXPECT_EQ(3, answer.values.at("/sys/a/deep").getMapValue().at("value").getIntValue());
+}
+
+TEST(SimTavelTest, ReadOfAGlobWithoutMatchesIsAnEmptyResource) {
+  HostWithUsers h;
+  EXPECT_TRUE(h.run(CCRUD::Read, "/nothing/**", h.viewerSession).values.empty());
+}
+
+TEST(SimTavelTest, ReadOfAGlobNeedsALiveLoggedInSession) {
+  HostWithUsers h;
+  EXPECT_THROW(h.run(CCRUD::Read, "/**", "no-such-session"), NonExistentSessionException);
+  Resource fresh = h.run(CCRUD::Command, "/session/command/newSession", h.adminSession);
+  EXPECT_THROW(h.run(CCRUD::Read, "/**", fresh.values.at("sessionId").getStringValue()),
+               AuthorizationFailure);
+}
+
 TEST(SimTavelTest, UnknownCommandIsANonExistentPath) {
   HostWithUsers h;
   EXPECT_EQ("No resource at /command/unknown", messageOf<NonExistentResourcePathException>([&] {

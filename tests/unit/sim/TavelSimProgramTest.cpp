@@ -180,6 +180,40 @@ TEST(TavelSimProgramTest, PreMadeSessionsAndNoDemoModels) {
       << out;
 }
 
+// The demo model counts on from what a fixture seeded at its path.
+TEST(TavelSimProgramTest, ModelsKeepWhatAFixtureSeeded) {
+  std::string seeded = writeFile("tavel-sim-counter.json",
+                                 R"({"resources": {"/demo/counter": {"value": {"int": 500}}}})");
+  std::vector<std::string> args = standardArgs(pluginConfig());
+  args.push_back("--fixture");
+  args.push_back(seeded);
+  SimProcess sim(args);
+  ASSERT_TRUE(sim.waitForOutput("[status] TestPlugin: Ok OK\n")) << sim.out() << sim.err();
+  std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+  sim.signal(SIGTERM);
+  EXPECT_EQ(0, sim.waitForExit());
+  long counter = numberAfter(sim.out(), "test-plugin: demo counter ");
+  EXPECT_GE(counter, 500) << sim.out();
+  EXPECT_LE(counter, 530) << sim.out();
+}
+
+// Without models, every value is the fixture's.
+TEST(TavelSimProgramTest, NoDemoModelsLeavesTheFixturesValuesAsTheyAre) {
+  std::string seeded = writeFile("tavel-sim-counter-only.json",
+                                 R"({"resources": {"/demo/counter": {"value": {"int": 7}}}})");
+  std::vector<std::string> args = standardArgs(pluginConfig());
+  for (const std::string& extra :
+       {std::string("--fixture"), seeded, std::string("--no-demo-models")}) {
+    args.push_back(extra);
+  }
+  SimProcess sim(args);
+  ASSERT_TRUE(sim.waitForOutput("[status] TestPlugin: Ok OK\n")) << sim.out() << sim.err();
+  std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+  sim.signal(SIGTERM);
+  EXPECT_EQ(0, sim.waitForExit());
+  EXPECT_NE(std::string::npos, sim.out().find("test-plugin: demo counter 7\n")) << sim.out();
+}
+
 // Bad input ends with one line on standard error.
 struct BadInput {
   std::vector<std::string> args;

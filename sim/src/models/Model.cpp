@@ -1,0 +1,17 @@
+#include "sim/models/Model.h"
+
+namespace halvor::sim {
+
+Model::~Model() = default;
+
+std::vector<Command> Model::commands() { return {}; }
+
+std::string Model::fixtureSection() const { return {}; }
+
+void Model::applyFixture(const Json::Value& /*section*/) {}
+
+void Model::seed() {}
+
+void Model::tick(const tavelabi::TimePoint& /*now*/) {}
+
+}  // namespace halvor::sim

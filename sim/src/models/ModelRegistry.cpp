@@ -1,0 +1,45 @@
+#include "sim/models/ModelRegistry.h"
+
+#include "sim/SimTavel.h"
+#include "sim/models/DemoModel.h"
+
+namespace halvor::sim {
+
+namespace {
+
+template <typename M>
+std::unique_ptr<Model> make() {
+  return std::make_unique<M>();
+}
+
+}  // namespace
+
+const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
+  static const std::vector<Factory> table{
+      make<DemoModel>,
+  };
+  return table;
+}
+
+void ModelRegistry::installAll(SimTavel& host) { install(host, factories()); }
+
+void ModelRegistry::install(SimTavel& host, const std::vector<Factory>& factories) {
+  for (Factory factory : factories) host.installModel(factory());
+}
+
+std::vector<std::string> ModelRegistry::fixtureSections() {
+  std::vector<std::string> sections;
+  for (Factory factory : factories()) {
+    std::string section = factory()->fixtureSection();
+    if (!section.empty()) sections.push_back(section);
+  }
+  return sections;
+}
+
+std::vector<std::string> ModelRegistry::names() {
+  std::vector<std::string> names;
+  for (Factory factory : factories()) names.push_back(factory()->name());
+  return names;
+}
+
+}  // namespace halvor::sim
