@@ -15,9 +15,9 @@
 #include "sim/Console.h"
 #include "sim/FixtureLoader.h"
 #include "sim/HostLoop.h"
+#include "sim/HostSeed.h"
 #include "sim/PluginLoader.h"
 #include "sim/SimTavel.h"
-#include "sim/models/ModelRegistry.h"
 
 namespace {
 
@@ -49,13 +49,10 @@ std::vector<halvor::sim::Fixture> loadFixtures(const std::vector<std::string>& f
   return fixtures;
 }
 
-// Models first, then fixtures: a fixture's resource replaces a model's at the same path, and
-// models keep their values in the tree, so what a fixture seeds is what a client reads first.
 void seedHost(halvor::sim::SimTavel& host, const std::vector<halvor::sim::Fixture>& fixtures,
               const halvor::sim::CommandLineOptions& options) {
-  if (options.demoModels) halvor::sim::ModelRegistry::installAll(host);
+  halvor::sim::HostSeed::seed(host, fixtures, options.demoModels);
   for (const auto& fixture : fixtures) {
-    host.applyFixture(fixture);
     for (const auto& user : fixture.users) {
       Console::line("demo user " + user.name + " (" + user.role + ") password " + user.password);
     }

@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "sim/models/ModelRegistry.h"
+#include "sim/HostSeed.h"
 
 namespace halvor::kelo::bench {
 namespace {
@@ -38,7 +38,7 @@ EmbeddedHost::EmbeddedHost(Options options)
     : options_(std::move(options)), dir_(makeScratchFolder(options_.name)), host_(quietHost()) {
   writeFiles();
   host_.addUser({"kelo", "kelo-bench", "administrator", {}});
-  sim::ModelRegistry::installAll(host_);
+  sim::HostSeed::seed(host_, {}, true);
 }
 
 EmbeddedHost::~EmbeddedHost() {

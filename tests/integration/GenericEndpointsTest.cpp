@@ -22,7 +22,12 @@ using Headers = std::vector<std::pair<std::string, std::string>>;
 class GenericEndpointsTest : public ::testing::TestWithParam<bool> {
  protected:
   static void SetUpTestSuite() {
-    server = std::make_unique<KeloTestServer>();
+    KeloTestServerOptions options;
+    options.fixtures = {R"({"resources": {
+      "/generic/plain/encoded": {"value": {"int": 5}}, "/generic/tls/encoded": {"value": {"int": 5}},
+      "/generic/plain/doomed": {"value": {"int": 1}}, "/generic/tls/doomed": {"value": {"int": 1}}
+    }})"};
+    server = std::make_unique<KeloTestServer>(options);
     server->start();
     adminSession = server->openSession("admin");
     viewerSession = server->openSession("viewer");
@@ -40,11 +45,6 @@ class GenericEndpointsTest : public ::testing::TestWithParam<bool> {
   // A path of this test's own, so that the HTTP and HTTPS runs do not meet.
   std::string own(const std::string& name) const {
     return std::string("/generic/") + (tls() ? "tls/" : "plain/") + name;
-  }
-
-  static void seed(const std::string& path, const tavelabi::Resource& resource) {
-    tavelabi::ResourceAction create(tavelabi::CCRUD::Create, path, resource, nullptr, "");
-    server->host().processInternalAction(create);
   }
 
   static protobuf::Resource parsed(const std::string& body) {
@@ -88,7 +88,6 @@ TEST_P(GenericEndpointsTest, PostThenGetGivesEveryValueTypeBack) {
 }
 
 TEST_P(GenericEndpointsTest, PercentEncodedPathReachesTheHostDecoded) {
-  seed(own("encoded"), tavelabi::Resource("value", 5));
   std::string encoded = own("encoded");
   for (std::string::size_type at = 0; (at = encoded.find('/', at)) != std::string::npos;) {
     encoded.replace(at, 1, "%2F");
@@ -121,7 +120,6 @@ TEST_P(GenericEndpointsTest, DeleteUnderTheResourceUrlMatchesNoRoute) {
 }
 
 TEST_P(GenericEndpointsTest, DeleteUnderTheCommandUrlRemoves) {
-  seed(own("doomed"), tavelabi::Resource("value", 1));
   const MiniResponse answer = call("DELETE", "/1/api/command?path=" + own("doomed"), adminSession);
   EXPECT_EQ(answer.status, 200);
   EXPECT_EQ(answer.body, "");

@@ -30,10 +30,9 @@ TEST(KeloConcurrencyTest, FrameRoutesTimedTasksAndBackgroundTasksTogether) {
   options.registerRoutes = test::registerTestRoutes;
   options.ioThreads = 3;
   options.backgroundThreads = 2;
+  options.fixtures = {R"({"resources": {"/test/alpha": {"value": {"string": "hello"}}}})"};
   KeloTestServer server(options);
   server.start();
-  ResourceAction seed(CCRUD::Create, "/test/alpha", Resource(ResourceValue("hello")), nullptr, "");
-  server.host().processInternalAction(seed);
   const std::string session = server.openSession("admin");
 
   std::atomic<bool> clientsDone{false};

@@ -29,12 +29,10 @@ class KeloFrameOverTheWire : public ::testing::TestWithParam<bool> {
           KeloTestServerOptions options;
           options.registerRoutes = test::registerTestRoutes;
           options.localhostIps = std::move(localhostIps);
+          options.fixtures = {R"({"resources": {"/test/alpha": {"value": {"string": "hello"}}}})"};
           return options;
         }()) {
     server.start();
-    ResourceAction seed(CCRUD::Create, "/test/alpha", Resource(ResourceValue("hello")), nullptr,
-                        "");
-    server.host().processInternalAction(seed);
   }
 
   std::uint16_t port() { return GetParam() ? server.httpsPort() : server.httpPort(); }

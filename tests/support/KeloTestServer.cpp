@@ -11,7 +11,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "sim/models/ModelRegistry.h"
+#include "sim/FixtureLoader.h"
+#include "sim/HostSeed.h"
 #include "tavelabi/PluginStatus.h"
 
 namespace halvor::kelo::test {
@@ -48,7 +49,12 @@ KeloTestServer::KeloTestServer(KeloTestServerOptions opts)
   hostOptions.echoToConsole = false;
   hostOptions.sessionTimeout = options.sessionTimeout;
   tavel = std::make_unique<sim::SimTavel>(hostOptions);
-  sim::ModelRegistry::installAll(*tavel);
+  std::vector<sim::Fixture> fixtures;
+  for (std::size_t i = 0; i < options.fixtures.size(); ++i) {
+    fixtures.push_back(
+        sim::FixtureLoader::parse(options.fixtures[i], "test fixture " + std::to_string(i + 1)));
+  }
+  sim::HostSeed::seed(*tavel, fixtures, options.demoModels);
   tavel->addUser({options.userName, options.password, options.userRole, {}});
   if (options.userName != "admin") {
     tavel->addUser({"admin", "admin-test", "administrator", {}});

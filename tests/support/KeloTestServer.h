@@ -37,6 +37,10 @@ struct KeloTestServerOptions {
   std::function<void(web::HttpAppFramework&)> registerRoutes;
   // The host's session inactivity time.
   std::chrono::milliseconds sessionTimeout = std::chrono::seconds(900);
+  // The host's first state, seeded as tavel-sim seeds it: the demo models unless switched off,
+  // then these fixture texts in order (the fixture format of docs/SIMULATOR.md).
+  bool demoModels = true;
+  std::vector<std::string> fixtures;
 };
 
 // The plug-in inside a simulated host in the test's own process: a temporary directory with a

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "sim/HostSeed.h"
 #include "sim/SimTavel.h"
-#include "sim/models/ModelRegistry.h"
 
 namespace halvor::kelo::test {
 
@@ -13,7 +13,7 @@ class SimHost {
   static constexpr const char* kViewerSession = "viewer-session";
 
   SimHost() : tavel(quietOptions()) {
-    sim::ModelRegistry::installAll(tavel);
+    sim::HostSeed::seed(tavel, {}, true);
     tavel.addUser({"admin", "admin-pw", "administrator", {}});
     tavel.addUser({"viewer", "viewer-pw", "read-only", {}});
     tavel.openSession("admin", kAdminSession);

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string_view>
 
-namespace halvor::kelo::docs {
+namespace halvor::kelo::test {
 
 namespace {
 
@@ -169,4 +169,4 @@ OpenApiOutline OpenApiOutline::readFile(const std::string& path) {
   return parse(text.str(), path);
 }
 
-}  // namespace halvor::kelo::docs
+}  // namespace halvor::kelo::test

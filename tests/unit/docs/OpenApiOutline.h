@@ -4,7 +4,7 @@
 #include <set>
 #include <string>
 
-namespace halvor::kelo::docs {
+namespace halvor::kelo::test {
 
 // What the router test needs of the API document: the paths of its `paths` section with their
 // operations, and the paths of its `x-websockets` section. Read line by line, without a YAML
@@ -23,4 +23,4 @@ struct OpenApiOutline {
   static OpenApiOutline readFile(const std::string& path);
 };
 
-}  // namespace halvor::kelo::docs
+}  // namespace halvor::kelo::test

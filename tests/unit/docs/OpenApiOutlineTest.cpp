@@ -5,7 +5,7 @@
 
 #include "OpenApiOutline.h"
 
-namespace halvor::kelo::docs {
+namespace halvor::kelo::test {
 namespace {
 
 using Operations = std::map<std::string, std::set<std::string>>;
@@ -132,4 +132,4 @@ TEST(OpenApiOutlineTest, AMissingFileIsAnError) {
 }
 
 }  // namespace
-}  // namespace halvor::kelo::docs
+}  // namespace halvor::kelo::test

@@ -11,7 +11,7 @@
 #include "kelo/Registrations.h"
 #include "kelo/web/HttpAppFramework.h"
 
-namespace halvor::kelo::docs {
+namespace halvor::kelo::test {
 namespace {
 
 const std::string kDocument = KELO_OPENAPI_DOCUMENT;
@@ -130,4 +130,4 @@ TEST_F(OpenApiRoutesTest, EveryDocumentedWebSocketEndpointIsRegistered) {
 }
 
 }  // namespace
-}  // namespace halvor::kelo::docs
+}  // namespace halvor::kelo::test

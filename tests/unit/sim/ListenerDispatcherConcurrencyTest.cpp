@@ -12,12 +12,12 @@
 namespace halvor::sim {
 namespace {
 
+using kelo::test::HostWithUsers;
+using kelo::test::RecordingListener;
 using tavelabi::CCRUD;
 using tavelabi::Resource;
 using tavelabi::ResourceAction;
 using tavelabi::ResourceValue;
-using testing::HostWithUsers;
-using testing::RecordingListener;
 
 const std::set<CCRUD> kAllVerbs{CCRUD::Command, CCRUD::Create, CCRUD::Read, CCRUD::Update,
                                 CCRUD::Delete};

@@ -12,12 +12,12 @@ namespace halvor::sim {
 namespace {
 
 using namespace std::chrono_literals;
+using kelo::test::HostWithUsers;
 using tavelabi::CCRUD;
 using tavelabi::Resource;
 using tavelabi::ResourceAction;
 using tavelabi::ResourceValue;
 using tavelabi::TimePoint;
-using testing::HostWithUsers;
 
 // A model as a domain would write one: two commands, a fixture section, a resource it seeds.
 class MeterModel : public Model {
@@ -84,7 +84,7 @@ Fixture counterFixture(int value) {
 
 TEST(ModelTest, DemoModelCreatesAtInstallationThenUpdatesOncePerSecond) {
   SimTavel host(HostWithUsers::quietOptions());
-  testing::RecordingListener listener("/demo/**", {CCRUD::Create, CCRUD::Update});
+  kelo::test::RecordingListener listener("/demo/**", {CCRUD::Create, CCRUD::Update});
   host.addResourceListener(nullptr, &listener);
   host.installModel(std::make_unique<DemoModel>());
   ASSERT_TRUE(host.peek(DemoModel::kClockPath).has_value());

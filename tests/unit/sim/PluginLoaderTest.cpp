@@ -29,7 +29,7 @@ std::string configFile(const std::string& password, bool throwInConsume = false)
 }
 
 struct LoadedPlugin {
-  LoadedPlugin() : host(testing::HostWithUsers::quietOptions()), loader(TEST_PLUGIN_PATH) {
+  LoadedPlugin() : host(kelo::test::HostWithUsers::quietOptions()), loader(TEST_PLUGIN_PATH) {
     host.addUser({"kelo", "secret", "administrator", {}});
   }
 
@@ -102,7 +102,7 @@ TEST(PluginLoaderTest, LibraryThatIsNoPluginIsRefused) {
 }
 
 TEST(PluginLoaderTest, CreateWithoutObjectIsRefused) {
-  SimTavel host(testing::HostWithUsers::quietOptions());
+  SimTavel host(kelo::test::HostWithUsers::quietOptions());
   PluginLoader loader(NULL_PLUGIN_PATH);
   try {
     loader.createPlugin(&host);

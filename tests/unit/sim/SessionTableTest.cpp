@@ -10,7 +10,7 @@ namespace halvor::sim {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::ManualClock;
+using kelo::test::ManualClock;
 
 TEST(SessionTableTest, NewSessionsHaveDistinctRandomHexIdentifiers) {
   SessionTable table({}, 900s);

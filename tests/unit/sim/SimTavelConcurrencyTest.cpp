@@ -15,13 +15,13 @@
 namespace halvor::sim {
 namespace {
 
+using kelo::test::HostWithUsers;
 using tavelabi::AuthorizationFailure;
 using tavelabi::CCRUD;
 using tavelabi::NonExistentResourcePathException;
 using tavelabi::Resource;
 using tavelabi::ResourceAction;
 using tavelabi::ResourceValue;
-using testing::HostWithUsers;
 
 constexpr int kThreads = 8;
 constexpr int kActionsPerThread = 10'000;

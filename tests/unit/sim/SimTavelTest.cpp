@@ -9,6 +9,7 @@ namespace halvor::sim {
 namespace {
 
 using namespace std::chrono_literals;
+using kelo::test::HostWithUsers;
 using tavelabi::AuthorizationFailure;
 using tavelabi::CCRUD;
 using tavelabi::NonExistentResourcePathException;
@@ -16,7 +17,6 @@ using tavelabi::NonExistentSessionException;
 using tavelabi::Resource;
 using tavelabi::ResourceAction;
 using tavelabi::ResourceValue;
-using testing::HostWithUsers;
 
 Resource text(const std::string& key, const std::string& value) {
   return Resource(key, ResourceValue(value));
@@ -123,7 +123,7 @@ TEST(SimTavelTest, CommandsAddedToTheTableRunAndAPathCannotBeAddedTwice) {
 
 TEST(SimTavelTest, CommandListenersStillRunForPathsNotInTheTable) {
   HostWithUsers h;
-  testing::RecordingListener listener("/plugin/command/**", {CCRUD::Command});
+  kelo::test::RecordingListener listener("/plugin/command/**", {CCRUD::Command});
   listener.onCall = [](ResourceAction& action) { action.resource = text("by", "listener"); };
   h.host->addResourceListener(&h.info, &listener);
   h.host->addCommands({{"/x/command/y", [](ResourceAction&) { return text("by", "table"); }}}, "x");
@@ -178,7 +178,7 @@ TEST(SimTavelTest, UnknownCommandIsANonExistentPath) {
 
 TEST(SimTavelTest, CommandListenerRunsOnCallersThreadAndWritesTheAnswer) {
   HostWithUsers h;
-  testing::RecordingListener listener("/command/applyCertificate", {CCRUD::Command});
+  kelo::test::RecordingListener listener("/command/applyCertificate", {CCRUD::Command});
   listener.onCall = [](ResourceAction& action) {
     action.resource = Resource("applied", ResourceValue(true));
   };
@@ -197,7 +197,7 @@ TEST(SimTavelTest, CommandListenerRunsOnCallersThreadAndWritesTheAnswer) {
 
 TEST(SimTavelTest, CommandListenerExceptionReachesTheCaller) {
   HostWithUsers h;
-  testing::RecordingListener listener("/command/fail", {CCRUD::Command});
+  kelo::test::RecordingListener listener("/command/fail", {CCRUD::Command});
   listener.onCall = [](ResourceAction&) { throw std::runtime_error("listener says no"); };
   h.host->addResourceListener(&h.info, &listener);
   EXPECT_EQ("listener says no", messageOf<std::runtime_error>([&] {
@@ -325,7 +325,7 @@ TEST(SimTavelTest, AutoLoginHostsOfAFixtureUser) {
 }
 
 TEST(SimTavelTest, SessionExpiresWhenIdleAndBypassedReadsDoNotCount) {
-  testing::ManualClock clock;
+  kelo::test::ManualClock clock;
   SimTavelOptions options = HostWithUsers::quietOptions();
   options.clock = clock.function();
   options.sessionTimeout = 60s;
@@ -350,7 +350,7 @@ TEST(SimTavelTest, SessionExpiresWhenIdleAndBypassedReadsDoNotCount) {
 }
 
 TEST(SimTavelTest, ExpireIdleSessionsSweeps) {
-  testing::ManualClock clock;
+  kelo::test::ManualClock clock;
   SimTavelOptions options = HostWithUsers::quietOptions();
   options.clock = clock.function();
   options.sessionTimeout = 5s;
@@ -474,7 +474,7 @@ TEST(SimTavelTest, FixtureSeedsUsersResourcesRulesAndTimeout) {
   EXPECT_EQ("TX-2", host.peek("/system/name")->values.at("value").getStringValue());
   EXPECT_TRUE(host.peek("/user/users/a").has_value());
   std::string session = host.openSession("a");
-  testing::FakePluginInfo info;
+  kelo::test::NamedPluginInfo info;
   ResourceAction fresh(CCRUD::Command, "/session/command/newSession", &info, session);
   std::string client = host.processResourceAction(fresh).values.at("sessionId").getStringValue();
   ResourceAction autoLogin(CCRUD::Command, "/user/command/autoLogin", text("host", "kiosk"), &info,
@@ -484,7 +484,7 @@ TEST(SimTavelTest, FixtureSeedsUsersResourcesRulesAndTimeout) {
 
 TEST(SimTavelTest, InternalActionsNeedNoSessionAndReachListeners) {
   HostWithUsers h;
-  testing::RecordingListener listener("/model/*", {CCRUD::Create, CCRUD::Update});
+  kelo::test::RecordingListener listener("/model/*", {CCRUD::Create, CCRUD::Update});
   h.host->addResourceListener(nullptr, &listener);
   ResourceAction action(CCRUD::Create, "/model/x", Resource(ResourceValue(3)), nullptr, "");
   h.host->processInternalAction(action);

@@ -14,12 +14,12 @@
 #include "tavelabi/IPluginInfo.h"
 #include "tavelabi/IResourceListener.h"
 
-namespace halvor::sim::testing {
+namespace halvor::kelo::test {
 
 // An identity for actions made by tests.
-class FakePluginInfo : public tavelabi::IPluginInfo {
+class NamedPluginInfo : public tavelabi::IPluginInfo {
  public:
-  explicit FakePluginInfo(std::string name = "Tester") : name_(std::move(name)) {}
+  explicit NamedPluginInfo(std::string name = "Tester") : name_(std::move(name)) {}
   std::string getName() const override { return name_; }
   std::string getVersion() const override { return "0"; }
   uint32_t getId() const override { return 7; }
@@ -37,7 +37,7 @@ class ManualClock {
     return std::chrono::steady_clock::time_point(std::chrono::milliseconds(millis_.load()));
   }
   void advance(std::chrono::milliseconds step) { millis_.fetch_add(step.count()); }
-  SessionTable::Clock function() {
+  sim::SessionTable::Clock function() {
     return [this] { return now(); };
   }
 
@@ -81,14 +81,14 @@ class RecordingListener : public tavelabi::AbstractResourceListener {
   std::vector<Call> calls_;
 };
 
-inline FixtureUser user(const std::string& name, const std::string& role) {
-  return FixtureUser{name, name + "-pw", role, {}};
+inline sim::FixtureUser user(const std::string& name, const std::string& role) {
+  return sim::FixtureUser{name, name + "-pw", role, {}};
 }
 
 // A host with one user of each role and a logged-in session for each.
 struct HostWithUsers {
-  explicit HostWithUsers(SimTavelOptions options = quietOptions())
-      : host(std::make_unique<SimTavel>(std::move(options))) {
+  explicit HostWithUsers(sim::SimTavelOptions options = quietOptions())
+      : host(std::make_unique<sim::SimTavel>(std::move(options))) {
     host->addUser(user("admin", "administrator"));
     host->addUser(user("oper", "operator"));
     host->addUser(user("viewer", "read-only"));
@@ -97,8 +97,8 @@ struct HostWithUsers {
     viewerSession = host->openSession("viewer");
   }
 
-  static SimTavelOptions quietOptions() {
-    SimTavelOptions options;
+  static sim::SimTavelOptions quietOptions() {
+    sim::SimTavelOptions options;
     options.echoToConsole = false;
     return options;
   }
@@ -109,11 +109,11 @@ struct HostWithUsers {
     return host->processResourceAction(action);
   }
 
-  FakePluginInfo info;
-  std::unique_ptr<SimTavel> host;
+  NamedPluginInfo info;
+  std::unique_ptr<sim::SimTavel> host;
   std::string adminSession;
   std::string operatorSession;
   std::string viewerSession;
 };
 
-}  // namespace halvor::sim::testing
+}  // namespace halvor::kelo::test

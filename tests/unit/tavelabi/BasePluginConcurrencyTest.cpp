@@ -21,7 +21,7 @@ std::string textOf(const std::string& field, int thread) {
 }
 
 TEST(BasePluginConcurrencyTest, GettersAndSettersFromEightThreads) {
-  test::TestPlugin plugin(nullptr);
+  kelo::test::TestPlugin plugin(nullptr);
   std::set<std::string> valid = {""};
   for (const char* field : {"name", "version", "logger", "session"}) {
     for (int t = 0; t < kThreads; ++t) valid.insert(textOf(field, t));

@@ -8,7 +8,7 @@ namespace halvor::tavelabi {
 namespace {
 
 TEST(BasePluginTest, StartsEmpty) {
-  test::TestPlugin plugin(nullptr);
+  kelo::test::TestPlugin plugin(nullptr);
   EXPECT_EQ(plugin.getId(), 0U);
   EXPECT_EQ(plugin.getName(), "");
   EXPECT_EQ(plugin.getVersion(), "");
@@ -19,7 +19,7 @@ TEST(BasePluginTest, StartsEmpty) {
 
 TEST(BasePluginTest, SettersAndGetters) {
   auto* host = reinterpret_cast<ITavel*>(0x2000);  // only carried, never called
-  test::TestPlugin plugin(host);
+  kelo::test::TestPlugin plugin(host);
   plugin.setId(7);
   plugin.setName("Kelo");
   plugin.setVersion("2.59.2-r0");
@@ -34,7 +34,7 @@ TEST(BasePluginTest, SettersAndGetters) {
 }
 
 TEST(BasePluginTest, ReachedThroughItsInterfaces) {
-  test::TestPlugin plugin(nullptr);
+  kelo::test::TestPlugin plugin(nullptr);
   plugin.setName("through info");
   IPluginInfo* info = &plugin;
   EXPECT_EQ(info->getName(), "through info");

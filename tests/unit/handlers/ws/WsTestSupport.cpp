@@ -9,7 +9,7 @@
 #include "kelo/WebKeloInterface.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "kelo/web/HttpRequest.h"
-#include "sim/models/ModelRegistry.h"
+#include "sim/HostSeed.h"
 #include "tavelabi/ResourceAction.h"
 
 namespace halvor::kelo::test {
@@ -81,7 +81,7 @@ WsUnitHost::WsUnitHost() {
   sim::SimTavelOptions options;
   options.echoToConsole = false;
   tavel = std::make_unique<sim::SimTavel>(options);
-  sim::ModelRegistry::installAll(*tavel);
+  sim::HostSeed::seed(*tavel, {}, true);
   tavel->addUser({"kelo", "kelo-secret", "administrator", {}});
   tavel->addUser({"admin", "admin-test", "administrator", {}});
   tavel->addUser({"viewer", "viewer-test", "read-only", {}});
