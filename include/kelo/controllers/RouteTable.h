@@ -91,3 +91,8 @@ class RouteTable {
 // "Class::operationWrapper".
 #define KELO_ROUTE(operation, routePath, ...) \
   routes.addMember(&Self::operation, #operation, routePath, {__VA_ARGS__});
+// The common case in one line: the simple form serving one path.
+#define KELO_SIMPLE_ROUTE(routePath, ...) \
+  KELO_ROUTES_BEGIN                       \
+  KELO_PATH(routePath, __VA_ARGS__)       \
+  KELO_ROUTES_END

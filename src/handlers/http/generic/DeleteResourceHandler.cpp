@@ -1,7 +1,6 @@
 #include "kelo/handlers/http/generic/DeleteResourceHandler.h"
 
-#include "kelo/handlers/http/KeloResourceAction.h"
-#include "kelo/handlers/toolkit/QueryParameters.h"
+#include "kelo/handlers/toolkit/HandlerToolkit.h"
 
 namespace halvor::kelo {
 

@@ -1,8 +1,6 @@
 #include "kelo/handlers/http/generic/GetResourceHandler.h"
 
-#include "kelo/handlers/toolkit/HostReads.h"
-#include "kelo/handlers/toolkit/JsonReplies.h"
-#include "kelo/handlers/toolkit/QueryParameters.h"
+#include "kelo/handlers/toolkit/HandlerToolkit.h"
 
 namespace halvor::kelo {
 

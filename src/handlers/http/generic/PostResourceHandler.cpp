@@ -1,9 +1,7 @@
 #include "kelo/handlers/http/generic/PostResourceHandler.h"
 
-#include "kelo/handlers/http/KeloResourceAction.h"
 #include "kelo/handlers/http/generic/GenericResourceHelpers.h"
-#include "kelo/handlers/toolkit/JsonReplies.h"
-#include "kelo/handlers/toolkit/QueryParameters.h"
+#include "kelo/handlers/toolkit/HandlerToolkit.h"
 
 namespace halvor::kelo {
 

@@ -10,9 +10,7 @@ namespace halvor::kelo {
 // the host's answer as JSON, with no content type of its own.
 class CommandHandler : public web::KeloHttpController<CommandHandler, true> {
  public:
-  KELO_ROUTES_BEGIN
-  KELO_PATH("/api/command", web::Put)
-  KELO_ROUTES_END
+  KELO_SIMPLE_ROUTE("/api/command", web::Put)
 
   void processHttpRequest(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,

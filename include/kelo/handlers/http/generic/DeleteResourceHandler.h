@@ -10,9 +10,7 @@ namespace halvor::kelo {
 // answers. Deletion lives under the command URL, not under "/1/api/resource".
 class DeleteResourceHandler : public web::KeloHttpController<DeleteResourceHandler, true> {
  public:
-  KELO_ROUTES_BEGIN
-  KELO_PATH("/api/command", web::Delete)
-  KELO_ROUTES_END
+  KELO_SIMPLE_ROUTE("/api/command", web::Delete)
 
   void processHttpRequest(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,

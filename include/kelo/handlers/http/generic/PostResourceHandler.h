@@ -10,9 +10,7 @@ namespace halvor::kelo {
 // host's answer as JSON.
 class PostResourceHandler : public web::KeloHttpController<PostResourceHandler, true> {
  public:
-  KELO_ROUTES_BEGIN
-  KELO_PATH("/api/resource", web::Post)
-  KELO_ROUTES_END
+  KELO_SIMPLE_ROUTE("/api/resource", web::Post)
 
   void processHttpRequest(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,

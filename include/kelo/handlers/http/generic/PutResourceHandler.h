@@ -10,9 +10,7 @@ namespace halvor::kelo {
 // answers the host's answer as JSON.
 class PutResourceHandler : public web::KeloHttpController<PutResourceHandler, true> {
  public:
-  KELO_ROUTES_BEGIN
-  KELO_PATH("/api/resource", web::Put)
-  KELO_ROUTES_END
+  KELO_SIMPLE_ROUTE("/api/resource", web::Put)
 
   void processHttpRequest(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
