@@ -8,7 +8,7 @@
 #include "kelo/common/EdUrlParser.h"
 #include "kelo/common/JsonOptions.h"
 #include "kelo/common/ResourceConverter.h"
-#include "kelo/handlers/http/generic/ResourceJsonWriter.h"
+#include "kelo/common/ResourceJsonWriter.h"
 
 namespace halvor::kelo {
 

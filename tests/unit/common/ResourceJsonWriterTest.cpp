@@ -9,7 +9,7 @@
 #include <string>
 
 #include "kelo/common/JsonOptions.h"
-#include "kelo/handlers/http/generic/ResourceJsonWriter.h"
+#include "kelo/common/ResourceJsonWriter.h"
 
 namespace halvor::kelo {
 namespace {

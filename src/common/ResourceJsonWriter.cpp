@@ -1,4 +1,4 @@
-#include "kelo/handlers/http/generic/ResourceJsonWriter.h"
+#include "kelo/common/ResourceJsonWriter.h"
 
 #include <google/protobuf/stubs/strutil.h>
 
