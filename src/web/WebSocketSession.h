@@ -191,11 +191,12 @@ class WebSocketSession : public WebSocketConnection,
     doRead();
   }
 
-  // Inside the read of the client's close frame: the stream answers it itself right after, so
-  // nothing here may touch the stream; a shutdown() from the controller is a no-op by now.
+  // Inside the read of the client's close frame. Left alone, the stream answers it right after
+  // with the client's own code; a close started here is the answer instead (1000, no reason).
+  // A shutdown() from the controller is a no-op by now.
   void onCloseFrame() {
     connected_.store(false);
-    closeQueued_ = true;
+    answerClose();
     std::string reason(ws_.reason().reason.data(), ws_.reason().reason.size());
     try {
       controller_->handleNewMessage(self(), std::move(reason), WebSocketMessageType::Close);
@@ -204,6 +205,22 @@ class WebSocketSession : public WebSocketConnection,
     } catch (...) {
       logLine(kError, "WebSocket handleNewMessage threw");
     }
+  }
+
+  // Beast 1.74's read, back from this callback, sends no close of its own once the stream is
+  // closing: a close that gets the write lock at once makes it so, and one that waits for a
+  // write in progress is handed the lock before the read, which then finds the stream closed.
+  // Our own close frame, once on its way, is the answer as it stands.
+  void answerClose() {
+    if (closeStarted_) return;
+    dropQueued();
+    closeQueued_ = true;
+    closeStarted_ = true;
+    ws_.async_close(boost::beast::websocket::close_code::normal,
+                    [self = this->shared_from_this()](boost::beast::error_code ec) {
+                      if (ec) SessionErrors::fail(ec, "websocket close");
+                    });
+    armCloseTimer();
   }
 
   void onEnd(boost::beast::error_code ec) {
@@ -267,6 +284,7 @@ class WebSocketSession : public WebSocketConnection,
                        [onWritten](boost::beast::error_code ec) mutable { onWritten(ec); });
         break;
       case Kind::Close:
+        closeStarted_ = true;
         ws_.async_close(
             websocket::close_reason(static_cast<websocket::close_code>(item.code), *item.data),
             [onWritten](boost::beast::error_code ec) mutable { onWritten(ec); });
@@ -340,6 +358,8 @@ class WebSocketSession : public WebSocketConnection,
   std::atomic<bool> connected_{false};
   std::atomic<std::size_t> pendingBytes_{0};
   bool closeQueued_ = false;
+  // A close frame has been handed to the stream.
+  bool closeStarted_ = false;
   bool ended_ = false;
   bool closedNotified_ = false;
 };
