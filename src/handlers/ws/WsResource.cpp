@@ -4,6 +4,7 @@
 
 #include "halvor/protobuf/Resource.pb.h"
 #include "kelo/common/EdUrlParser.h"
+#include "kelo/common/MessageBytes.h"
 #include "kelo/common/ResourceConverter.h"
 #include "kelo/handlers/http/KeloResourceAction.h"
 #include "tavelabi/ITavel.h"
@@ -54,7 +55,7 @@ void WsResource::messageGenerator(const web::HttpRequestPtr& req, tavelabi::Reso
 
   tavelabi::Resource copy = resource;
   const protobuf::Resource converted = ResourceConverter::toHalvorPbResource(copy);
-  converted.SerializeToString(&message);
+  message = MessageBytes::of(converted);
 }
 
 }  // namespace halvor::kelo
