@@ -209,15 +209,10 @@ void Kelo::init(const uint32_t& id, const std::string& logConfigFile,
     failInit(PluginStatus::ConfigurationFailure, text, text, true);
     return;
   }
-  {
-    std::lock_guard lock(listenerMutex);
-    applyCertificateListener =
-        std::make_unique<ApplyCertificateListener>("/command/applyCertificate", tavel, this);
-  }
-  tavel->addResourceListener(this, applyCertificateListener.get());
+  subscribeCertificateListener();
 
-  if (!webServerConfigured) {
-    configureDrogon();
+  if (!webServerConfigured && !configureWebServer()) {
+    return;
   }
   if (!serverThread) {
     startServerThread();
@@ -248,6 +243,42 @@ void Kelo::failInit(PluginStatus::Code code, const std::string& text, const std:
     KELO_LOG(ERROR, getLoggerId()) << (logInRed ? TermTint::brightRed(logLine) : logLine);
   }
   shutdown();
+}
+
+// A second init finds the first one's listener still held by the host: it leaves the host
+// before it is deleted. The new one is stored only once the host holds it, so that a shutdown on
+// the server thread in between cannot delete what the host is about to hold.
+void Kelo::subscribeCertificateListener() {
+  releaseCertificateListener();
+  auto listener = std::make_unique<ApplyCertificateListener>("/command/applyCertificate",
+                                                             getTavelInterface(), this);
+  getTavelInterface()->addResourceListener(this, listener.get());
+  std::lock_guard lock(listenerMutex);
+  applyCertificateListener = std::move(listener);
+}
+
+void Kelo::releaseCertificateListener() {
+  std::unique_ptr<ApplyCertificateListener> listener;
+  {
+    std::lock_guard lock(listenerMutex);
+    listener = std::move(applyCertificateListener);
+  }
+  if (listener) {
+    getTavelInterface()->removeResourceListener(this, listener.get());
+  }
+}
+
+// A web configuration that cannot be used (a missing file, a bad value) ends init as a server
+// that cannot start does: the diagnostic text, and no server.
+bool Kelo::configureWebServer() {
+  try {
+    configureDrogon();
+    return true;
+  } catch (...) {
+    const std::string diagnostic = boost::current_exception_diagnostic_information();
+    failInit(PluginStatus::RuntimeFailure, "Drogon : " + diagnostic, diagnostic);
+    return false;
+  }
 }
 
 void Kelo::configureDrogon() {
@@ -374,15 +405,8 @@ void Kelo::restartTavel() {
 
 void Kelo::shutdown() {
   KELO_LOG(INFO, getLoggerId()) << "Shutting Kelo down.";
-  std::unique_ptr<ApplyCertificateListener> listener;
-  {
-    std::lock_guard lock(listenerMutex);
-    listener = std::move(applyCertificateListener);
-  }
-  if (listener) {
-    // Released rather than left dangling, so that the destructor's second shutdown is harmless.
-    getTavelInterface()->removeResourceListener(this, listener.get());
-  }
+  // Released rather than left dangling, so that the destructor's second shutdown is harmless.
+  releaseCertificateListener();
   // The status of a failure that led here stays what later reports show.
   getTavelInterface()->setPluginStatus(this,
                                        PluginStatus(PluginStatus::Stopped, "Kelo Shutting down."));

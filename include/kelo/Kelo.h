@@ -73,6 +73,11 @@ class Kelo : public tavelabi::BasePlugin {
   void reportStatus();
   void setRunning(bool value);
   bool createOnHost(const std::string& path, const tavelabi::Resource& resource);
+  void subscribeCertificateListener();
+  // Takes the certificate listener from the host and deletes it, if there is one.
+  void releaseCertificateListener();
+  // configureDrogon, its failure reported as init's: false when init must end.
+  bool configureWebServer();
   void startServerThread();
   void runServer();
   // The beginning advice: runs once on the server thread before requests are served.
