@@ -155,14 +155,22 @@ class WebSocketSession : public WebSocketConnection,
       return;
     }
     connected_.store(true);
-    try {
-      controller_->handleNewConnection(upgradeRequest_, self());
-    } catch (const std::exception& error) {
-      logLine(kError, std::string("WebSocket handleNewConnection threw: ") + error.what());
-    } catch (...) {
-      logLine(kError, "WebSocket handleNewConnection threw");
-    }
+    callController("handleNewConnection",
+                   [this] { controller_->handleNewConnection(upgradeRequest_, self()); });
     if (!ended_) doRead();
+  }
+
+  // What a controller member throws is logged and goes no further: the connection and its I/O
+  // thread carry on.
+  template <class Call>
+  static void callController(const char* member, Call&& call) {
+    try {
+      call();
+    } catch (const std::exception& error) {
+      logLine(kError, std::string("WebSocket ") + member + " threw: " + error.what());
+    } catch (...) {
+      logLine(kError, std::string("WebSocket ") + member + " threw");
+    }
   }
 
   void doRead() {
@@ -180,13 +188,8 @@ class WebSocketSession : public WebSocketConnection,
     readBuffer_.consume(readBuffer_.size());
     // Plug-ins may be shutting down: a message read now reaches no controller.
     if (!state_->stopping.load()) {
-      try {
-        controller_->handleNewMessage(self(), std::move(message), type);
-      } catch (const std::exception& error) {
-        logLine(kError, std::string("WebSocket handleNewMessage threw: ") + error.what());
-      } catch (...) {
-        logLine(kError, "WebSocket handleNewMessage threw");
-      }
+      callController("handleNewMessage",
+                     [&] { controller_->handleNewMessage(self(), std::move(message), type); });
     }
     doRead();
   }
@@ -198,13 +201,9 @@ class WebSocketSession : public WebSocketConnection,
     connected_.store(false);
     answerClose();
     std::string reason(ws_.reason().reason.data(), ws_.reason().reason.size());
-    try {
+    callController("handleNewMessage", [&] {
       controller_->handleNewMessage(self(), std::move(reason), WebSocketMessageType::Close);
-    } catch (const std::exception& error) {
-      logLine(kError, std::string("WebSocket handleNewMessage threw: ") + error.what());
-    } catch (...) {
-      logLine(kError, "WebSocket handleNewMessage threw");
-    }
+    });
   }
 
   // Beast 1.74's read, back from this callback, sends no close of its own once the stream is
@@ -231,13 +230,8 @@ class WebSocketSession : public WebSocketConnection,
     dropQueued();
     if (!closedNotified_) {
       closedNotified_ = true;
-      try {
-        controller_->handleConnectionClosed(self());
-      } catch (const std::exception& error) {
-        logLine(kError, std::string("WebSocket handleConnectionClosed threw: ") + error.what());
-      } catch (...) {
-        logLine(kError, "WebSocket handleConnectionClosed threw");
-      }
+      callController("handleConnectionClosed",
+                     [this] { controller_->handleConnectionClosed(self()); });
     }
     // A controller that keeps the connection would otherwise keep itself alive through it.
     controller_.reset();
