@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -11,6 +13,7 @@
 #include "WebTestServer.h"
 #include "WsClient.h"
 #include "kelo/web/HttpAppFramework.h"
+#include "kelo/web/Log.h"
 
 using namespace halvor::kelo::web;
 using halvor::kelo::test::eventually;
@@ -39,6 +42,7 @@ class RecordingController : public WebSocketControllerBase {
       return;
     }
     if (message == "shutdown") return conn->shutdown(1011, "x");
+    if (message == "throw") throw std::runtime_error("boom");
     if (message == "big")
       return conn->send(std::string(kBigMessage, 'b'), WebSocketMessageType::Binary);
     if (message == "binary")
@@ -169,6 +173,25 @@ TEST_P(WebSocketSessionTest, ClientCloseDuringALongWriteIsAnswered1000) {
   EXPECT_EQ(client->closeCode(), 1000);
   EXPECT_EQ(client->closeReason(), "");
   EXPECT_TRUE(eventually([this] { return controller->closed == 1; }));
+}
+
+TEST_P(WebSocketSessionTest, WhatAControllerThrowsIsLoggedAndTheConnectionGoesOn) {
+  std::mutex linesMutex;
+  std::vector<std::string> lines;
+  setLogSink([&](int level, const std::string& line) {
+    std::lock_guard lock(linesMutex);
+    if (level == kError) lines.push_back(line);
+  });
+  auto client = connect();
+  ASSERT_TRUE(client->receive(std::chrono::milliseconds(3000)));
+  client->sendText("throw");
+  client->sendText("after");
+  auto echo = client->receive(std::chrono::milliseconds(3000));
+  ASSERT_TRUE(echo);
+  EXPECT_EQ(echo->data, "echo:after");
+  setLogSink(nullptr);
+  std::lock_guard lock(linesMutex);
+  EXPECT_EQ(lines, std::vector<std::string>{"WebSocket handleNewMessage threw: boom"});
 }
 
 TEST_P(WebSocketSessionTest, ServerShutdownCodeAndReasonReachTheClient) {
