@@ -37,16 +37,14 @@ constexpr auto kHeartbeatPeriod = std::chrono::nanoseconds(999'999'999);
 const char* const kConnectivitiesPath = "/kelo/websocketConnectivities";
 const char* const kLocalhostIpPath = "/px3/localhostIp";
 
+// The route log names the four methods of REST routes; any other shows its number.
 std::string methodName(web::HttpMethod method) {
-  switch (static_cast<int>(method)) {
-    case 0:
-      return "GET";
-    case 1:
-      return "POST";
-    case 3:
-      return "PUT";
-    case 4:
-      return "DELETE";
+  switch (method) {
+    case web::Get:
+    case web::Post:
+    case web::Put:
+    case web::Delete:
+      return std::string(web::toString(method));
     default:
       return std::to_string(static_cast<int>(method));
   }
