@@ -15,6 +15,7 @@
 #include "kelo/Registrations.h"
 #include "kelo/WebKeloInterface.h"
 #include "kelo/handlers/certificates/ApplyCertificateListener.h"
+#include "kelo/handlers/ws/ConnectivityTable.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/BuildIdentifier.h"
@@ -34,7 +35,6 @@ namespace {
 
 constexpr auto kStatusReportPeriod = std::chrono::nanoseconds(5'000'000'000);
 constexpr auto kHeartbeatPeriod = std::chrono::nanoseconds(999'999'999);
-const char* const kConnectivitiesPath = "/kelo/websocketConnectivities";
 const char* const kLocalhostIpPath = "/px3/localhostIp";
 
 // The route log names the four methods of REST routes; any other shows its number.
@@ -190,7 +190,7 @@ void Kelo::init(const uint32_t& id, const std::string& logConfigFile,
     failInit(PluginStatus::RuntimeFailure, text, text);
     return;
   }
-  if (!createOnHost(kConnectivitiesPath, Resource(ResourceValue(ResourceValue::Map{})))) {
+  if (!createOnHost(ConnectivityTable::kPath, Resource(ResourceValue(ResourceValue::Map{})))) {
     const std::string text = "Unable to create websocket connectivities resource";
     failInit(PluginStatus::RuntimeFailure, text, text);
     return;
@@ -375,7 +375,7 @@ void Kelo::consume(const tavelabi::TimePoint& now) {
 }
 
 void Kelo::checkHeartbeat() {
-  ResourceAction read(CCRUD::Read, kConnectivitiesPath, this, getSessionId());
+  ResourceAction read(CCRUD::Read, ConnectivityTable::kPath, this, getSessionId());
   Resource answer = getTavelInterface()->processResourceAction(read);
   ResourceValue::Map connectivities = answer.values.at("value").getMapValue();
 
@@ -391,8 +391,8 @@ void Kelo::checkHeartbeat() {
     connectivities.erase(ip);
   }
 
-  ResourceAction update(CCRUD::Update, kConnectivitiesPath, Resource(ResourceValue(connectivities)),
-                        this, getSessionId());
+  ResourceAction update(CCRUD::Update, ConnectivityTable::kPath,
+                        Resource(ResourceValue(connectivities)), this, getSessionId());
   getTavelInterface()->processResourceAction(update);
 }
 

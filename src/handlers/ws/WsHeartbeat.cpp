@@ -1,6 +1,6 @@
 #include "kelo/handlers/ws/WsHeartbeat.h"
 
-#include "kelo/handlers/ws/WsListenerInstance.h"
+#include "kelo/handlers/ws/ConnectivityTable.h"
 #include "tavelabi/ITavel.h"
 #include "tavelabi/ResourceAction.h"
 #include "tavelabi/TermTint.h"
@@ -29,14 +29,14 @@ void WsHeartbeat::extendHeartbeatCount(std::string ip) {
   KELO_LOG(DEBUG, loggerId()) << "received ping from client " << ip << " extend heartbeat count";
   WebKeloInterface* plugin = keloInterface();
   tavelabi::IPluginInfo* info = plugin->pluginInfo;
-  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, WsListenerInstance::kConnectivitiesPath,
-                                info, info->getSessionId());
+  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, ConnectivityTable::kPath, info,
+                                info->getSessionId());
   const tavelabi::Resource answer = plugin->tavel->processResourceAction(read);
   tavelabi::ResourceValue::Map connectivities = answer.values.at("value").getMapValue();
 
   connectivities[ip] = tavelabi::ResourceValue(static_cast<int>(kHeartbeatCount));
 
-  tavelabi::ResourceAction update(tavelabi::CCRUD::Update, WsListenerInstance::kConnectivitiesPath,
+  tavelabi::ResourceAction update(tavelabi::CCRUD::Update, ConnectivityTable::kPath,
                                   tavelabi::Resource(tavelabi::ResourceValue(connectivities)), info,
                                   info->getSessionId());
   plugin->tavel->processResourceAction(update);

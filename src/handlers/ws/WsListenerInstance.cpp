@@ -8,6 +8,7 @@
 
 #include "kelo/KeloLog.h"
 #include "kelo/WebKeloInterface.h"
+#include "kelo/handlers/ws/ConnectivityTable.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/ITavel.h"
 
@@ -35,7 +36,7 @@ std::string WsListenerInstance::generateConnectionUuid(const web::WebSocketConne
 
 tavelabi::ResourceValue::Map WsListenerInstance::readConnectivities() {
   WebKeloInterface* plugin = keloInterface();
-  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, kConnectivitiesPath, plugin->pluginInfo,
+  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, ConnectivityTable::kPath, plugin->pluginInfo,
                                 plugin->pluginInfo->getSessionId());
   const tavelabi::Resource answer = plugin->tavel->processResourceAction(read);
   return answer.values.at("value").getMapValue();
