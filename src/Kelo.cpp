@@ -185,19 +185,12 @@ void Kelo::init(const uint32_t& id, const std::string& logConfigFile,
   }
 
   const std::string versionPath = GenerateVersionPath(getName());
-  if (!createOnHost(versionPath, Resource(ResourceValue(getVersion())))) {
-    const std::string text = "Unable to register version " + versionPath;
-    failInit(PluginStatus::RuntimeFailure, text, text);
-    return;
-  }
-  if (!createOnHost(ConnectivityTable::kPath, Resource(ResourceValue(ResourceValue::Map{})))) {
-    const std::string text = "Unable to create websocket connectivities resource";
-    failInit(PluginStatus::RuntimeFailure, text, text);
-    return;
-  }
-  if (!createOnHost(kLocalhostIpPath, Resource(ResourceValue(localhostIps)))) {
-    const std::string text = "Unable to create PX3 localhost IP resource";
-    failInit(PluginStatus::RuntimeFailure, text, text);
+  if (!createOnHost(versionPath, Resource(ResourceValue(getVersion())),
+                    "Unable to register version " + versionPath) ||
+      !createOnHost(ConnectivityTable::kPath, Resource(ResourceValue(ResourceValue::Map{})),
+                    "Unable to create websocket connectivities resource") ||
+      !createOnHost(kLocalhostIpPath, Resource(ResourceValue(localhostIps)),
+                    "Unable to create PX3 localhost IP resource")) {
     return;
   }
 
@@ -223,12 +216,14 @@ void Kelo::init(const uint32_t& id, const std::string& logConfigFile,
   }
 }
 
-bool Kelo::createOnHost(const std::string& path, const Resource& resource) {
+bool Kelo::createOnHost(const std::string& path, const Resource& resource,
+                        const std::string& failure) {
   try {
     ResourceAction action(CCRUD::Create, path, resource, this, getSessionId());
     getTavelInterface()->processResourceAction(action);
     return true;
   } catch (...) {
+    failInit(PluginStatus::RuntimeFailure, failure, failure);
     return false;
   }
 }
