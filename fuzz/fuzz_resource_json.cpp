@@ -1,37 +1,30 @@
-// Any text as the JSON of a Resource, through the host form and back. Properties: what a client
-// gets back prints as JSON that parses again to an equal message, and a second trip through
-// the host changes nothing more (the first trips already dropped what the host can't hold).
-#include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+// Any text as the JSON of a Resource, through the host form and back. Properties: what is nested
+// too deeply to print is refused on its way to the host; the rest, as a client gets it back,
+// prints as JSON that parses again to an equal message, and a second trip through the host
+// changes nothing more (the first trips already dropped what the host can't hold).
 #include <google/protobuf/util/field_comparator.h>
 #include <google/protobuf/util/message_differencer.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <stdexcept>
 #include <string>
 
 #include "halvor/protobuf/Resource.pb.h"
 #include "kelo/common/JsonOptions.h"
+#include "kelo/common/MessageBytes.h"
 #include "kelo/common/ResourceConverter.h"
+#include "kelo/common/ResourceDepth.h"
 
 using halvor::kelo::JsonOptions;
+using halvor::kelo::MessageBytes;
 using halvor::kelo::ResourceConverter;
+using halvor::kelo::ResourceDepth;
 using halvor::protobuf::Resource;
 
 static Resource throughHost(const Resource& message) {
   return ResourceConverter::toHalvorPbResource(ResourceConverter::toTavelAbiResource(message));
-}
-
-// Wire form with map entries sorted by key, so that equal messages give equal bytes.
-static std::string canonical(const Resource& message) {
-  std::string bytes;
-  google::protobuf::io::StringOutputStream stream(&bytes);
-  google::protobuf::io::CodedOutputStream coded(&stream);
-  coded.SetSerializationDeterministic(true);
-  message.SerializeToCodedStream(&coded);
-  coded.Trim();
-  return bytes;
 }
 
 // Equal as a client and the host see it: numbers compare by value, so a -0 printed as "-0" and
@@ -50,6 +43,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Resource parsed;
   const std::string text(reinterpret_cast<const char*>(data), size);
   if (!JsonOptions::fromJson(text, parsed).ok()) return 0;
+  if (ResourceDepth::of(parsed) > ResourceDepth::kMaxDepth) {
+    try {
+      throughHost(parsed);
+    } catch (const std::length_error&) {
+      return 0;
+    }
+    abort();
+  }
 
   const Resource once = throughHost(parsed);
   Resource reparsed;
@@ -61,6 +62,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
 
   const Resource twice = throughHost(throughHost(reparsed));
-  if (canonical(throughHost(twice)) != canonical(twice)) abort();
+  if (MessageBytes::of(throughHost(twice)) != MessageBytes::of(twice)) abort();
   return 0;
 }

@@ -16,6 +16,7 @@
 #include "kelo/Registrations.h"
 #include "kelo/WebKeloInterface.h"
 #include "kelo/handlers/certificates/ApplyCertificateListener.h"
+#include "kelo/handlers/ws/ConnectivityTable.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/BuildIdentifier.h"
@@ -35,18 +36,15 @@ namespace {
 
 constexpr auto kStatusReportPeriod = std::chrono::nanoseconds(5'000'000'000);
 constexpr auto kHeartbeatPeriod = std::chrono::nanoseconds(999'999'999);
-const char* const kConnectivitiesPath = "/kelo/websocketConnectivities";
 
+// The route log names the four methods of REST routes; any other shows its number.
 std::string methodName(web::HttpMethod method) {
-  switch (static_cast<int>(method)) {
-    case 0:
-      return "GET";
-    case 1:
-      return "POST";
-    case 3:
-      return "PUT";
-    case 4:
-      return "DELETE";
+  switch (method) {
+    case web::Get:
+    case web::Post:
+    case web::Put:
+    case web::Delete:
+      return std::string(web::toString(method));
     default:
       return std::to_string(static_cast<int>(method));
   }
@@ -187,19 +185,12 @@ void Kelo::init(const uint32_t& id, const std::string& logConfigFile,
   }
 
   const std::string versionPath = GenerateVersionPath(getName());
-  if (!createOnHost(versionPath, Resource(ResourceValue(getVersion())))) {
-    const std::string text = "Unable to register version " + versionPath;
-    failInit(PluginStatus::RuntimeFailure, text, text);
-    return;
-  }
-  if (!createOnHost(kConnectivitiesPath, Resource(ResourceValue(ResourceValue::Map{})))) {
-    const std::string text = "Unable to create websocket connectivities resource";
-    failInit(PluginStatus::RuntimeFailure, text, text);
-    return;
-  }
-  if (!createOnHost(HostPaths::kLocalhostIp, Resource(ResourceValue(localhostIps)))) {
-    const std::string text = "Unable to create PX3 localhost IP resource";
-    failInit(PluginStatus::RuntimeFailure, text, text);
+  if (!createOnHost(versionPath, Resource(ResourceValue(getVersion())),
+                    "Unable to register version " + versionPath) ||
+      !createOnHost(ConnectivityTable::kPath, Resource(ResourceValue(ResourceValue::Map{})),
+                    "Unable to create websocket connectivities resource") ||
+      !createOnHost(HostPaths::kLocalhostIp, Resource(ResourceValue(localhostIps)),
+                    "Unable to create PX3 localhost IP resource")) {
     return;
   }
 
@@ -209,15 +200,10 @@ void Kelo::init(const uint32_t& id, const std::string& logConfigFile,
     failInit(PluginStatus::ConfigurationFailure, text, text, true);
     return;
   }
-  {
-    std::lock_guard lock(listenerMutex);
-    applyCertificateListener =
-        std::make_unique<ApplyCertificateListener>("/command/applyCertificate", tavel, this);
-  }
-  tavel->addResourceListener(this, applyCertificateListener.get());
+  subscribeCertificateListener();
 
-  if (!webServerConfigured) {
-    configureDrogon();
+  if (!webServerConfigured && !configureWebServer()) {
+    return;
   }
   if (!serverThread) {
     startServerThread();
@@ -230,12 +216,14 @@ void Kelo::init(const uint32_t& id, const std::string& logConfigFile,
   }
 }
 
-bool Kelo::createOnHost(const std::string& path, const Resource& resource) {
+bool Kelo::createOnHost(const std::string& path, const Resource& resource,
+                        const std::string& failure) {
   try {
     ResourceAction action(CCRUD::Create, path, resource, this, getSessionId());
     getTavelInterface()->processResourceAction(action);
     return true;
   } catch (...) {
+    failInit(PluginStatus::RuntimeFailure, failure, failure);
     return false;
   }
 }
@@ -248,6 +236,42 @@ void Kelo::failInit(PluginStatus::Code code, const std::string& text, const std:
     KELO_LOG(ERROR, getLoggerId()) << (logInRed ? TermTint::brightRed(logLine) : logLine);
   }
   shutdown();
+}
+
+// A second init finds the first one's listener still held by the host: it leaves the host
+// before it is deleted. The new one is stored only once the host holds it, so that a shutdown on
+// the server thread in between cannot delete what the host is about to hold.
+void Kelo::subscribeCertificateListener() {
+  releaseCertificateListener();
+  auto listener = std::make_unique<ApplyCertificateListener>("/command/applyCertificate",
+                                                             getTavelInterface(), this);
+  getTavelInterface()->addResourceListener(this, listener.get());
+  std::lock_guard lock(listenerMutex);
+  applyCertificateListener = std::move(listener);
+}
+
+void Kelo::releaseCertificateListener() {
+  std::unique_ptr<ApplyCertificateListener> listener;
+  {
+    std::lock_guard lock(listenerMutex);
+    listener = std::move(applyCertificateListener);
+  }
+  if (listener) {
+    getTavelInterface()->removeResourceListener(this, listener.get());
+  }
+}
+
+// A web configuration that cannot be used (a missing file, a bad value) ends init as a server
+// that cannot start does: the diagnostic text, and no server.
+bool Kelo::configureWebServer() {
+  try {
+    configureDrogon();
+    return true;
+  } catch (...) {
+    const std::string diagnostic = boost::current_exception_diagnostic_information();
+    failInit(PluginStatus::RuntimeFailure, "Drogon : " + diagnostic, diagnostic);
+    return false;
+  }
 }
 
 void Kelo::configureDrogon() {
@@ -346,7 +370,7 @@ void Kelo::consume(const tavelabi::TimePoint& now) {
 }
 
 void Kelo::checkHeartbeat() {
-  ResourceAction read(CCRUD::Read, kConnectivitiesPath, this, getSessionId());
+  ResourceAction read(CCRUD::Read, ConnectivityTable::kPath, this, getSessionId());
   Resource answer = getTavelInterface()->processResourceAction(read);
   ResourceValue::Map connectivities = answer.values.at("value").getMapValue();
 
@@ -362,8 +386,8 @@ void Kelo::checkHeartbeat() {
     connectivities.erase(ip);
   }
 
-  ResourceAction update(CCRUD::Update, kConnectivitiesPath, Resource(ResourceValue(connectivities)),
-                        this, getSessionId());
+  ResourceAction update(CCRUD::Update, ConnectivityTable::kPath,
+                        Resource(ResourceValue(connectivities)), this, getSessionId());
   getTavelInterface()->processResourceAction(update);
 }
 
@@ -374,15 +398,8 @@ void Kelo::restartTavel() {
 
 void Kelo::shutdown() {
   KELO_LOG(INFO, getLoggerId()) << "Shutting Kelo down.";
-  std::unique_ptr<ApplyCertificateListener> listener;
-  {
-    std::lock_guard lock(listenerMutex);
-    listener = std::move(applyCertificateListener);
-  }
-  if (listener) {
-    // Released rather than left dangling, so that the destructor's second shutdown is harmless.
-    getTavelInterface()->removeResourceListener(this, listener.get());
-  }
+  // Released rather than left dangling, so that the destructor's second shutdown is harmless.
+  releaseCertificateListener();
   // The status of a failure that led here stays what later reports show.
   getTavelInterface()->setPluginStatus(this,
                                        PluginStatus(PluginStatus::Stopped, "Kelo Shutting down."));

@@ -72,7 +72,15 @@ class Kelo : public tavelabi::BasePlugin {
   void setStatus(tavelabi::PluginStatus::Code code, const std::string& text);
   void reportStatus();
   void setRunning(bool value);
-  bool createOnHost(const std::string& path, const tavelabi::Resource& resource);
+  // A Create under the plug-in's session; when the host refuses it, init fails with `failure`
+  // as status text and log line, and the result is false.
+  bool createOnHost(const std::string& path, const tavelabi::Resource& resource,
+                    const std::string& failure);
+  void subscribeCertificateListener();
+  // Takes the certificate listener from the host and deletes it, if there is one.
+  void releaseCertificateListener();
+  // configureDrogon, its failure reported as init's: false when init must end.
+  bool configureWebServer();
   void startServerThread();
   void runServer();
   // The beginning advice: runs once on the server thread before requests are served.

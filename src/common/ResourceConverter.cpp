@@ -5,6 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include "kelo/common/MessageBytes.h"
+#include "kelo/common/ResourceDepth.h"
+
 namespace halvor::kelo {
 
 using MessageType = protobuf::ResourceValue;
@@ -12,6 +15,11 @@ using tavelabi::ResourceValueType;
 
 tavelabi::ResourceValue ResourceConverter::toTavelAbiResourceValue(
     protobuf::ResourceValue message) {
+  ResourceDepth::check(message);
+  return toTavelAbiValue(std::move(message));
+}
+
+tavelabi::ResourceValue ResourceConverter::toTavelAbiValue(protobuf::ResourceValue message) {
   tavelabi::ResourceValue value;
   switch (message.type()) {
     case MessageType::BOOL:
@@ -40,7 +48,7 @@ tavelabi::ResourceValue ResourceConverter::toTavelAbiResourceValue(
       tavelabi::ResourceValue::List list;
       list.reserve(static_cast<size_t>(message.listvalue_size()));
       for (const protobuf::ResourceValue& element : message.listvalue()) {
-        list.push_back(toTavelAbiResourceValue(element));
+        list.push_back(toTavelAbiValue(element));
       }
       value.setList(list);
       break;
@@ -50,16 +58,15 @@ tavelabi::ResourceValue ResourceConverter::toTavelAbiResourceValue(
       if (message.mapvalue().empty()) break;
       tavelabi::ResourceValue::Map map;
       for (const auto& [key, element] : message.mapvalue()) {
-        map[key] = toTavelAbiResourceValue(element);
+        map[key] = toTavelAbiValue(element);
       }
       value.setMap(map);
       break;
     }
     case MessageType::SERIALIZED_RESOURCE_VALUE: {
       // The whole message travels as bytes; bytesValue is not looked at, so that a client can't
-      // pass a plain byte string through this type.
-      std::string bytes;
-      message.SerializeToString(&bytes);
+      // pass a plain byte string through this type. Equal messages give equal bytes.
+      const std::string bytes = MessageBytes::of(message);
       value.setByteArray(tavelabi::ResourceValue::ByteArray(bytes.begin(), bytes.end()));
       break;
     }
@@ -119,9 +126,10 @@ protobuf::Resource ResourceConverter::toHalvorPbResource(tavelabi::Resource reso
 }
 
 tavelabi::Resource ResourceConverter::toTavelAbiResource(protobuf::Resource message) {
+  ResourceDepth::check(message);
   std::map<std::string, tavelabi::ResourceValue> values;
   for (auto& [key, value] : *message.mutable_values()) {
-    values[key] = toTavelAbiResourceValue(std::move(value));
+    values[key] = toTavelAbiValue(std::move(value));
   }
   tavelabi::Resource resource;
   resource.values = std::move(values);

@@ -48,6 +48,8 @@ struct HttpAppFramework::Impl {
     std::lock_guard lock(mutex);
     if (runCalled) throw std::logic_error(std::string(what) + " after run()");
   }
+  // A loaded configuration and its plug-ins; origin ends the text of an error (the file).
+  void useConfig(WebConfig config, const std::string& origin);
   void startPlugins();
   void shutdownPlugins();
   void listRoute(const RouteEntry& entry);
@@ -75,6 +77,23 @@ void HttpAppFramework::Impl::dropRoutesAndAdvices() {
   state->beginningAdvices.clear();
   state->creationAdvices.clear();
   state->preRoutingAdvices.clear();
+}
+
+// Every plug-in name is checked before anything changes, so that a refused configuration leaves
+// the previous one in place.
+void HttpAppFramework::Impl::useConfig(WebConfig config, const std::string& origin) {
+  for (const PluginConfig& plugin : config.plugins) {
+    if (pluginTypes.count(plugin.name) == 0) {
+      throw std::runtime_error("Web configuration: unknown plug-in \"" + plugin.name + "\"" +
+                               origin);
+    }
+  }
+  state->config = std::move(config);
+  plugins.clear();
+  for (const PluginConfig& plugin : state->config.plugins) {
+    const auto& type = pluginTypes.at(plugin.name);
+    plugins.push_back(PluginInstance{type.type, type.make(), plugin.config, false});
+  }
 }
 
 void HttpAppFramework::Impl::startPlugins() {
@@ -110,36 +129,13 @@ HttpAppFramework::~HttpAppFramework() {
 
 HttpAppFramework& HttpAppFramework::loadConfigFile(const std::string& path) {
   impl_->requireNotStarted("loadConfigFile");
-  WebConfig config = WebConfigLoader::loadFile(path);
-  for (const PluginConfig& plugin : config.plugins) {
-    if (impl_->pluginTypes.count(plugin.name) == 0) {
-      throw std::runtime_error("Web configuration: unknown plug-in \"" + plugin.name + "\" in \"" +
-                               path + "\"");
-    }
-  }
-  impl_->state->config = std::move(config);
-  impl_->plugins.clear();
-  for (const PluginConfig& plugin : impl_->state->config.plugins) {
-    const auto& type = impl_->pluginTypes.at(plugin.name);
-    impl_->plugins.push_back(Impl::PluginInstance{type.type, type.make(), plugin.config, false});
-  }
+  impl_->useConfig(WebConfigLoader::loadFile(path), " in \"" + path + "\"");
   return *this;
 }
 
 HttpAppFramework& HttpAppFramework::loadConfigJson(const Json::Value& root) {
   impl_->requireNotStarted("loadConfigJson");
-  WebConfig config = WebConfigLoader::fromJson(root);
-  for (const PluginConfig& plugin : config.plugins) {
-    if (impl_->pluginTypes.count(plugin.name) == 0) {
-      throw std::runtime_error("Web configuration: unknown plug-in \"" + plugin.name + "\"");
-    }
-  }
-  impl_->state->config = std::move(config);
-  impl_->plugins.clear();
-  for (const PluginConfig& plugin : impl_->state->config.plugins) {
-    const auto& type = impl_->pluginTypes.at(plugin.name);
-    impl_->plugins.push_back(Impl::PluginInstance{type.type, type.make(), plugin.config, false});
-  }
+  impl_->useConfig(WebConfigLoader::fromJson(root), "");
   return *this;
 }
 

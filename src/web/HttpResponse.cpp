@@ -14,14 +14,6 @@ HttpResponsePtr HttpResponse::newHttpResponse() {
   return response;
 }
 
-HttpResponsePtr HttpResponse::newHttpResponse(int code, std::string body) {
-  auto response = newHttpResponse();
-  response->setStatusCode(code);
-  response->setContentTypeCode(CT_TEXT_PLAIN);
-  response->setBody(std::move(body));
-  return response;
-}
-
 std::string_view HttpResponse::contentTypeString() const {
   if (contentType_ == CT_CUSTOM) return customContentType_;
   return web::contentTypeString(contentType_);

@@ -155,14 +155,22 @@ class WebSocketSession : public WebSocketConnection,
       return;
     }
     connected_.store(true);
-    try {
-      controller_->handleNewConnection(upgradeRequest_, self());
-    } catch (const std::exception& error) {
-      logLine(kError, std::string("WebSocket handleNewConnection threw: ") + error.what());
-    } catch (...) {
-      logLine(kError, "WebSocket handleNewConnection threw");
-    }
+    callController("handleNewConnection",
+                   [this] { controller_->handleNewConnection(upgradeRequest_, self()); });
     if (!ended_) doRead();
+  }
+
+  // What a controller member throws is logged and goes no further: the connection and its I/O
+  // thread carry on.
+  template <class Call>
+  static void callController(const char* member, Call&& call) {
+    try {
+      call();
+    } catch (const std::exception& error) {
+      logLine(kError, std::string("WebSocket ") + member + " threw: " + error.what());
+    } catch (...) {
+      logLine(kError, std::string("WebSocket ") + member + " threw");
+    }
   }
 
   void doRead() {
@@ -180,30 +188,38 @@ class WebSocketSession : public WebSocketConnection,
     readBuffer_.consume(readBuffer_.size());
     // Plug-ins may be shutting down: a message read now reaches no controller.
     if (!state_->stopping.load()) {
-      try {
-        controller_->handleNewMessage(self(), std::move(message), type);
-      } catch (const std::exception& error) {
-        logLine(kError, std::string("WebSocket handleNewMessage threw: ") + error.what());
-      } catch (...) {
-        logLine(kError, "WebSocket handleNewMessage threw");
-      }
+      callController("handleNewMessage",
+                     [&] { controller_->handleNewMessage(self(), std::move(message), type); });
     }
     doRead();
   }
 
-  // Inside the read of the client's close frame: the stream answers it itself right after, so
-  // nothing here may touch the stream; a shutdown() from the controller is a no-op by now.
+  // Inside the read of the client's close frame. Left alone, the stream answers it right after
+  // with the client's own code; a close started here is the answer instead (1000, no reason).
+  // A shutdown() from the controller is a no-op by now.
   void onCloseFrame() {
     connected_.store(false);
-    closeQueued_ = true;
+    answerClose();
     std::string reason(ws_.reason().reason.data(), ws_.reason().reason.size());
-    try {
+    callController("handleNewMessage", [&] {
       controller_->handleNewMessage(self(), std::move(reason), WebSocketMessageType::Close);
-    } catch (const std::exception& error) {
-      logLine(kError, std::string("WebSocket handleNewMessage threw: ") + error.what());
-    } catch (...) {
-      logLine(kError, "WebSocket handleNewMessage threw");
-    }
+    });
+  }
+
+  // Beast 1.74's read, back from this callback, sends no close of its own once the stream is
+  // closing: a close that gets the write lock at once makes it so, and one that waits for a
+  // write in progress is handed the lock before the read, which then finds the stream closed.
+  // Our own close frame, once on its way, is the answer as it stands.
+  void answerClose() {
+    if (closeStarted_) return;
+    dropQueued();
+    closeQueued_ = true;
+    closeStarted_ = true;
+    ws_.async_close(boost::beast::websocket::close_code::normal,
+                    [self = this->shared_from_this()](boost::beast::error_code ec) {
+                      if (ec) SessionErrors::fail(ec, "websocket close");
+                    });
+    armCloseTimer();
   }
 
   void onEnd(boost::beast::error_code ec) {
@@ -214,13 +230,8 @@ class WebSocketSession : public WebSocketConnection,
     dropQueued();
     if (!closedNotified_) {
       closedNotified_ = true;
-      try {
-        controller_->handleConnectionClosed(self());
-      } catch (const std::exception& error) {
-        logLine(kError, std::string("WebSocket handleConnectionClosed threw: ") + error.what());
-      } catch (...) {
-        logLine(kError, "WebSocket handleConnectionClosed threw");
-      }
+      callController("handleConnectionClosed",
+                     [this] { controller_->handleConnectionClosed(self()); });
     }
     // A controller that keeps the connection would otherwise keep itself alive through it.
     controller_.reset();
@@ -267,6 +278,7 @@ class WebSocketSession : public WebSocketConnection,
                        [onWritten](boost::beast::error_code ec) mutable { onWritten(ec); });
         break;
       case Kind::Close:
+        closeStarted_ = true;
         ws_.async_close(
             websocket::close_reason(static_cast<websocket::close_code>(item.code), *item.data),
             [onWritten](boost::beast::error_code ec) mutable { onWritten(ec); });
@@ -340,6 +352,8 @@ class WebSocketSession : public WebSocketConnection,
   std::atomic<bool> connected_{false};
   std::atomic<std::size_t> pendingBytes_{0};
   bool closeQueued_ = false;
+  // A close frame has been handed to the stream.
+  bool closeStarted_ = false;
   bool ended_ = false;
   bool closedNotified_ = false;
 };

@@ -3,6 +3,7 @@
 #include <google/protobuf/util/message_differencer.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -10,6 +11,7 @@
 
 #include "halvor/protobuf/Resource.pb.h"
 #include "kelo/common/JsonOptions.h"
+#include "kelo/common/ResourceDepth.h"
 #include "support/KeloTestServer.h"
 #include "support/MiniHttpClient.h"
 
@@ -18,12 +20,25 @@ namespace {
 
 using Headers = std::vector<std::pair<std::string, std::string>>;
 
+// Resources of 26 keys and a nested map of the same keys, written out of key order, at the
+// "keyed" path of the HTTP and of the HTTPS run.
+std::string keyedFixture() {
+  std::string values;
+  for (const char key : std::string("qwertyuiopasdfghjklzxcvbnm")) {
+    values += std::string(values.empty() ? "" : ",") + "\"" + key + "\":{\"int\":" +
+              std::to_string(static_cast<int>(key)) + "}";
+  }
+  const std::string resource = "{" + values + ",\"nested\":{\"map\":{" + values + "}}}";
+  return "{\"resources\":{\"/generic/plain/keyed\":" + resource +
+         ",\"/generic/tls/keyed\":" + resource + "}}";
+}
+
 // One server for the whole process: the web application can run only once per process.
 class GenericEndpointsTest : public ::testing::TestWithParam<bool> {
  protected:
   static void SetUpTestSuite() {
     KeloTestServerOptions options;
-    options.fixtures = {R"({"resources": {
+    options.fixtures = {keyedFixture(), R"({"resources": {
       "/generic/plain/encoded": {"value": {"int": 5}}, "/generic/tls/encoded": {"value": {"int": 5}},
       "/generic/plain/doomed": {"value": {"int": 1}}, "/generic/tls/doomed": {"value": {"int": 1}}
     }})"};
@@ -85,6 +100,59 @@ TEST_P(GenericEndpointsTest, PostThenGetGivesEveryValueTypeBack) {
   EXPECT_TRUE(
       google::protobuf::util::MessageDifferencer::Equals(parsed(read.body), parsed(kNested)))
       << read.body;
+}
+
+TEST_P(GenericEndpointsTest, EqualResourcesAreAnsweredAsEqualBytesInKeyOrder) {
+  std::string keyed;
+  for (char key = 'a'; key <= 'z'; ++key) {
+    keyed += std::string(key == 'a' ? "" : ",") + "\"" + key +
+             "\":{\"intValue\":" + std::to_string(static_cast<int>(key)) + ",\"type\":\"INT32\"}";
+  }
+  std::string expected = "{\"values\":{" + keyed + "}}";
+  // "nested" sorts between "n" and "o".
+  const std::string afterN = "\"n\":{\"intValue\":110,\"type\":\"INT32\"}";
+  expected.insert(expected.find(afterN) + afterN.size(),
+                  ",\"nested\":{\"mapValue\":{" + keyed + "},\"type\":\"MAP_VALUE\"}");
+
+  for (int round = 0; round < 3; ++round) {
+    const MiniResponse read = call("GET", "/1/api/resource?path=" + own("keyed"), adminSession);
+    ASSERT_EQ(read.status, 200) << read.body;
+    EXPECT_EQ(read.body, expected);
+  }
+}
+
+// Lists one value deep each around a string: the parser takes about 98 levels of them.
+std::string listsJson(int depth) {
+  std::string inner = R"({"type":"STRING","stringValue":"bottom"})";
+  for (int level = 1; level < depth; ++level) {
+    inner = R"({"type":"LIST_VALUE","listValue":[)" + inner + "]}";
+  }
+  return R"({"values":{"value":)" + inner + "}}";
+}
+
+TEST_P(GenericEndpointsTest, ResourceTooDeepToPrintIsRefusedBeforeItIsStored) {
+  const std::string target = "/1/api/resource?path=" + own("deep");
+  const std::string deepest = listsJson(ResourceDepth::kMaxDepth);
+  ASSERT_EQ(call("POST", target, adminSession, deepest).status, 200);
+  const MiniResponse stored = call("GET", target, adminSession);
+  ASSERT_EQ(stored.status, 200);
+  EXPECT_EQ(ResourceDepth::of(parsed(stored.body)), ResourceDepth::kMaxDepth);
+  EXPECT_TRUE(
+      google::protobuf::util::MessageDifferencer::Equals(parsed(stored.body), parsed(deepest)));
+
+  for (const int depth : {ResourceDepth::kMaxDepth + 1, 95}) {
+    const MiniResponse refused = call("PUT", target, adminSession, listsJson(depth));
+    EXPECT_EQ(refused.status, 500);
+    EXPECT_NE(refused.body.find("nest deeper than 63 levels"), std::string::npos) << refused.body;
+    const MiniResponse again = call("GET", target, adminSession);
+    ASSERT_EQ(again.status, 200);
+    EXPECT_EQ(again.body, stored.body);
+  }
+
+  const MiniResponse created =
+      call("POST", "/1/api/resource?path=" + own("deeper"), adminSession, listsJson(95));
+  EXPECT_EQ(created.status, 500);
+  EXPECT_FALSE(server->host().peek(own("deeper")).has_value());
 }
 
 TEST_P(GenericEndpointsTest, PercentEncodedPathReachesTheHostDecoded) {

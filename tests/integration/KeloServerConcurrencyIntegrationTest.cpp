@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "kelo/Kelo.h"
+#include "kelo/web/HttpAppFramework.h"
 #include "support/KeloCalls.h"
 #include "support/KeloTestRoutes.h"
 #include "support/KeloTestServer.h"
@@ -106,7 +107,14 @@ TEST(KeloServerTest, BypassNamesTheOrigin) {
 TEST(KeloServerTest, TheBeginningAdviceLogsRoutesAndPorts) {
   KeloTestServerOptions options;
   options.configurePorts = true;
-  options.registerRoutes = test::registerTestRoutes;
+  options.registerRoutes = [](web::HttpAppFramework& app) {
+    test::registerTestRoutes(app);
+    auto answer = [](const web::HttpRequestPtr&, web::ResponseCallback&& callback) {
+      callback(web::HttpResponse::newHttpResponse());
+    };
+    app.registerHandler("/1/test/patched", answer, {web::Patch, web::Head}, "Patched");
+    app.registerHandler("/1/test/anything", answer, {}, "Anything");
+  };
   KeloTestServer server(options);
   server.start();
   const std::string log = server.readLog();
@@ -119,6 +127,10 @@ TEST(KeloServerTest, TheBeginningAdviceLogsRoutesAndPorts) {
                      "TestResourceHandler::putResourceWrapper"),
             std::string::npos)
       << log;
+  // The other methods are logged by number: HEAD 2, PATCH 6, a route without methods 7.
+  EXPECT_NE(log.find("Register 2 /1/test/patched Patched"), std::string::npos) << log;
+  EXPECT_NE(log.find("Register 6 /1/test/patched Patched"), std::string::npos) << log;
+  EXPECT_NE(log.find("Register 7 /1/test/anything Anything"), std::string::npos) << log;
   EXPECT_NE(log.find(TermTint::brightYellow("Webserver listening for HTTP / HTTPS traffic on " +
                                             std::to_string(server.httpPort()) + " / " +
                                             std::to_string(server.httpsPort()))),

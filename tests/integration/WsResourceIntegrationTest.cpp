@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <thread>
 #include <vector>
@@ -97,6 +98,18 @@ TEST_F(WsResourceIntegrationTest, ClientCloseGetsOne1000AndUnsubscribes) {
     return logCount(*server, "handleConnectionClosed() is called for 127.0.0.1 -> 127.0.0.1") == 1;
   }));
   EXPECT_EQ(logCount(*server, "Client requested close."), 1u);
+}
+
+TEST_F(WsResourceIntegrationTest, ClientCloseWithAnyCodeIsAnswered1000WithoutReason) {
+  start();
+  for (const std::uint16_t code : {1001, 4001}) {
+    auto client = openWs(*server, "/1/ws/resource?path=/tx/power", session);
+    ASSERT_TRUE(client->receive(5s));
+    client->close(code, "leaving");
+    EXPECT_EQ(client->closeCode(), 1000) << "client code " << code;
+    EXPECT_EQ(client->closeReason(), "") << "client code " << code;
+  }
+  EXPECT_TRUE(KeloTestServer::waitFor([&] { return manager().clientCounts().empty(); }));
 }
 
 TEST_F(WsResourceIntegrationTest, TextFramesFromTheClientAreIgnored) {

@@ -1,11 +1,16 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <filesystem>
 #include <fstream>
+#include <mutex>
+#include <set>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 
 #include "kelo/Kelo.h"
+#include "kelo/web/HttpAppFramework.h"
 #include "sim/SimTavel.h"
 #include "support/KeloTestServer.h"
 #include "tavelabi/BuildIdentifier.h"
@@ -509,6 +514,75 @@ TEST(KeloInitTest, MissingCertificatesAreAConfigurationFailure) {
   const std::string log = server.readLog();
   EXPECT_NE(log.find("Initializing Kelo ..."), std::string::npos);
   EXPECT_NE(log.find("Configuration: "), std::string::npos);
+}
+
+// Which listeners the host holds now: added and not removed since.
+class ListenerKeepingHost : public sim::SimTavel {
+ public:
+  ListenerKeepingHost() : sim::SimTavel(quietHost()) {}
+  void addResourceListener(tavelabi::IPluginInfo* plugin,
+                           tavelabi::IResourceListener* listener) override {
+    {
+      std::lock_guard lock(mutex);
+      held.insert(listener);
+    }
+    sim::SimTavel::addResourceListener(plugin, listener);
+  }
+  void removeResourceListener(tavelabi::IPluginInfo* plugin,
+                              tavelabi::IResourceListener* listener) override {
+    sim::SimTavel::removeResourceListener(plugin, listener);
+    std::lock_guard lock(mutex);
+    held.erase(listener);
+  }
+  std::size_t heldCount() {
+    std::lock_guard lock(mutex);
+    return held.size();
+  }
+
+ private:
+  std::mutex mutex;
+  std::set<tavelabi::IResourceListener*> held;
+};
+
+TEST(KeloInitTest, ASecondInitLeavesTheHostOneLiveCertificateListener) {
+  KeloTestServer files;
+  ListenerKeepingHost host;
+  host.addUser({"kelo", "kelo-test-secret", "administrator", {}});
+  Kelo kelo(&host);
+  kelo.init(2, files.logConfigFile(), files.configFile());
+  ASSERT_TRUE(kelo.isRunning()) << kelo.currentStatus().getText();
+  kelo.init(2, files.logConfigFile(), files.configFile());
+  EXPECT_TRUE(kelo.isRunning()) << kelo.currentStatus().getText();
+  EXPECT_EQ(host.heldCount(), 1u);
+
+  // The host calls what it holds: the listener answers the command in its reply.
+  ResourceAction apply(CCRUD::Command, "/command/applyCertificate", nullptr, "");
+  const Resource answer = host.processInternalAction(apply);
+  EXPECT_EQ(answer.values.count("errorMessage"), 1u);
+
+  web::app().quit();
+  kelo.joinServerThread();
+  kelo.shutdown();
+  EXPECT_EQ(host.heldCount(), 0u);
+}
+
+TEST(KeloInitTest, AMissingWebConfigurationIsARuntimeFailureWithoutAServer) {
+  KeloTestServer server;
+  std::filesystem::remove(server.webConfigFile());
+  EXPECT_NO_THROW(server.initOnly());
+  const auto records = history(server.host());
+  ASSERT_EQ(records.size(), 3u);
+  EXPECT_EQ(records[0], std::make_pair(PluginStatus::Initializing, std::string("Initializing")));
+  EXPECT_EQ(records[1].first, PluginStatus::RuntimeFailure);
+  EXPECT_EQ(records[1].second.rfind("Drogon : ", 0), 0u) << records[1].second;
+  EXPECT_NE(records[1].second.find(server.webConfigFile()), std::string::npos) << records[1].second;
+  EXPECT_EQ(records[2], std::make_pair(PluginStatus::Stopped, std::string("Kelo Shutting down.")));
+  EXPECT_EQ(server.kelo().currentStatus().getCode(), PluginStatus::RuntimeFailure);
+  EXPECT_FALSE(server.kelo().isRunning());
+  EXPECT_FALSE(server.kelo().isWebServerConfigured());
+  EXPECT_NE(server.readLog().find(server.webConfigFile()), std::string::npos);
+  std::this_thread::sleep_for(200ms);
+  EXPECT_FALSE(web::app().isRunning());
 }
 
 }  // namespace

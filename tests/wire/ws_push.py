@@ -48,6 +48,21 @@ def receive_for(ws, seconds):
     return frames
 
 
+def close_answer(client, code):
+    """Sends a close frame with code and returns the payload of the server's close frame."""
+    client.send_close(status=code, reason=b"bye")
+    client.settimeout(5)
+    try:
+        while True:
+            frame = client.recv_frame()
+            if frame.opcode == websocket.ABNF.OPCODE_CLOSE:
+                return frame.data
+    except Exception as error:  # noqa: BLE001 - the kind of failure is reported
+        return error
+    finally:
+        client.shutdown()
+
+
 def run(sim, checks):
     sim.start(fixtures=[sim.repo_file("config/fixtures/demo.json")],
               sessions={SESSION: "viewer", WRITER: "operator"})
@@ -132,23 +147,12 @@ def run(sim, checks):
     checks.check("PUT through /1/api/resource is answered 200", rest("PUT", 42) == 200)
     pushed = [int_value(d) for _, d in receive_for(setting, 2.0)]
     checks.check("the PUT reaches the subscriber as a binary Resource", 42 in pushed, repr(pushed))
-    setting.close()
 
-    # A client's close is answered with 1000 and an empty reason.
-    sub.send_close(status=1000, reason=b"")
-    answer = None
-    sub.settimeout(5)
-    try:
-        while True:
-            frame = sub.recv_frame()
-            if frame.opcode == websocket.ABNF.OPCODE_CLOSE:
-                answer = frame.data
-                break
-    except Exception as error:  # noqa: BLE001 - the kind of failure is reported
-        answer = error
-    checks.check("close is answered with 1000", isinstance(answer, bytes) and answer[:2] == b"\x03\xe8",
-                 repr(answer))
-    sub.shutdown()
+    # A client's close, whatever its code, is answered with 1000 and an empty reason.
+    for client, code in ((setting, 4001), (sub, 1001)):
+        answer = close_answer(client, code)
+        checks.check("close %d is answered with 1000 and no reason" % code, answer == b"\x03\xe8",
+                     repr(answer))
 
     bad = websocket.create_connection(sim.ws_url("/1/ws/resource?path=/demo/counter"),
                                       timeout=5, cookie="SessionID=unknown")

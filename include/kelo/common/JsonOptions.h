@@ -2,6 +2,7 @@
 
 #include <google/protobuf/message.h>
 #include <google/protobuf/util/json_util.h>
+#include <google/protobuf/util/type_resolver.h>
 
 #include <string>
 
@@ -21,14 +22,21 @@ class JsonOptions {
   // Strict: an unknown field or an enum name in the wrong case fails the parse.
   static const google::protobuf::util::JsonParseOptions& parse();
 
-  // The message printed with print(). The printer's status is not looked at: a message that
-  // prints badly gives what was printed.
+  // The message printed with print(), map entries in key order at every level, so that equal
+  // messages print as equal text. Throws std::runtime_error when protobuf's printer fails (a
+  // message nested deeper than it follows) rather than give half a text.
   static std::string toJson(const google::protobuf::Message& message);
-  // The message printed with printWithPrimitives().
+  // The message printed with printWithPrimitives(), likewise.
   static std::string toJsonWithPrimitives(const google::protobuf::Message& message);
   // Parses text into message with parse(). On failure the message stays as far as the parse got.
   static google::protobuf::util::Status fromJson(const std::string& text,
                                                  google::protobuf::Message& message);
+
+ private:
+  static std::string printed(const google::protobuf::Message& message,
+                             const google::protobuf::util::JsonPrintOptions& options);
+  // The type resolver of the compiled-in messages, made once and shared by all threads.
+  static google::protobuf::util::TypeResolver* generatedTypes();
 };
 
 }  // namespace halvor::kelo

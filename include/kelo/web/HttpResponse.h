@@ -18,8 +18,6 @@ class HttpResponse {
   // creation advices of that application run on it here; responses made elsewhere get them
   // from the server just before they are sent. Either way, exactly once.
   static HttpResponsePtr newHttpResponse();
-  // A response of status `code` with a plain-text body.
-  static HttpResponsePtr newHttpResponse(int code, std::string body);
 
   HttpResponse() = default;
 

@@ -34,18 +34,6 @@ class WebSocketConnection {
 
   virtual const InetAddress& peerAddr() const = 0;
   virtual const InetAddress& localAddr() const = 0;
-
-  // One opaque object per connection for the application's own use.
-  void setContext(std::shared_ptr<void> context) { context_ = std::move(context); }
-  template <class T>
-  std::shared_ptr<T> getContext() const {
-    return std::static_pointer_cast<T>(context_);
-  }
-  bool hasContext() const { return context_ != nullptr; }
-  void clearContext() { context_.reset(); }
-
- private:
-  std::shared_ptr<void> context_;
 };
 
 }  // namespace halvor::kelo::web

@@ -5,7 +5,7 @@
 #include "halvor/protobuf/Resource.pb.h"
 #include "kelo/common/JsonOptions.h"
 #include "kelo/common/ResourceConverter.h"
-#include "kelo/handlers/http/generic/ResourceJsonWriter.h"
+#include "kelo/common/ResourceJsonWriter.h"
 
 namespace halvor::kelo {
 

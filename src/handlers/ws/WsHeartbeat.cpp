@@ -2,7 +2,7 @@
 
 #include "kelo/KeloHost.h"
 #include "kelo/KeloLog.h"
-#include "kelo/handlers/ws/WsListenerInstance.h"
+#include "kelo/handlers/ws/ConnectivityTable.h"
 #include "tavelabi/ITavel.h"
 #include "tavelabi/ResourceAction.h"
 #include "tavelabi/TermTint.h"
@@ -32,14 +32,14 @@ void WsHeartbeat::extendHeartbeatCount(std::string ip) {
       << "received ping from client " << ip << " extend heartbeat count";
   tavelabi::ITavel* tavel = KeloHost::tavel();
   tavelabi::IPluginInfo* info = KeloHost::pluginInfo();
-  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, WsListenerInstance::kConnectivitiesPath,
+  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, ConnectivityTable::kPath,
                                 info, info->getSessionId());
   const tavelabi::Resource answer = tavel->processResourceAction(read);
   tavelabi::ResourceValue::Map connectivities = answer.values.at("value").getMapValue();
 
   connectivities[ip] = tavelabi::ResourceValue(static_cast<int>(kHeartbeatCount));
 
-  tavelabi::ResourceAction update(tavelabi::CCRUD::Update, WsListenerInstance::kConnectivitiesPath,
+  tavelabi::ResourceAction update(tavelabi::CCRUD::Update, ConnectivityTable::kPath,
                                   tavelabi::Resource(tavelabi::ResourceValue(connectivities)), info,
                                   info->getSessionId());
   tavel->processResourceAction(update);

@@ -1,6 +1,7 @@
 #include "kelo/handlers/ws/WsMessages.h"
 
 #include "kelo/KeloHost.h"
+#include "kelo/common/MessageBytes.h"
 #include "kelo/handlers/toolkit/HostReads.h"
 
 namespace halvor::kelo {
@@ -18,7 +19,7 @@ tavelabi::Resource WsMessages::readBypassingActivity(const web::HttpRequestPtr& 
 }
 
 void WsMessages::serialize(const google::protobuf::MessageLite& message, std::string& out) {
-  message.SerializeToString(&out);
+  out = MessageBytes::of(message);
 }
 
 }  // namespace halvor::kelo

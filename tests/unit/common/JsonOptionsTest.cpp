@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 
+#include "NestedResources.h"
 #include "halvor/protobuf/Resource.pb.h"
 #include "halvor/protobuf/Settings.pb.h"
 #include "kelo/common/JsonOptions.h"
+#include "kelo/common/ResourceDepth.h"
 
 namespace halvor::kelo {
 namespace {
@@ -85,6 +88,34 @@ TEST(JsonOptionsTest, ValidationsParseAndPrintBack) {
   EXPECT_EQ(validations.maxvalue().value(), 1.5F);
   EXPECT_TRUE(validations.required().value());
   EXPECT_EQ(JsonOptions::toJson(validations), R"({"minLength":2,"maxValue":1.5,"required":true})");
+}
+
+// Three keys at the top and in a nested map, inserted in opposite orders.
+const char* const kKeyedJson =
+    R"({"values":{"a":{"intValue":97,"type":"INT32"},"b":{"intValue":98,"type":"INT32"},)"
+    R"("c":{"intValue":99,"type":"INT32"},"nested":{"mapValue":{"a":{"intValue":97,)"
+    R"("type":"INT32"},"b":{"intValue":98,"type":"INT32"},"c":{"intValue":99,)"
+    R"("type":"INT32"}},"type":"MAP_VALUE"}}})";
+
+TEST(JsonOptionsTest, MapKeysArePrintedInKeyOrderAtEveryLevel) {
+  EXPECT_EQ(JsonOptions::toJson(test::NestedResources::keyed("abc")), kKeyedJson);
+  EXPECT_EQ(JsonOptions::toJson(test::NestedResources::keyed("cba")), kKeyedJson);
+  const std::string forward =
+      JsonOptions::toJsonWithPrimitives(test::NestedResources::keyed("abcdefghijklmnopqrstuvwxyz"));
+  EXPECT_EQ(forward, JsonOptions::toJsonWithPrimitives(
+                         test::NestedResources::keyed("zyxwvutsrqponmlkjihgfedcba")));
+}
+
+TEST(JsonOptionsTest, WhatThePrinterCannotFinishThrowsInsteadOfHalfAText) {
+  using Through = test::NestedResources::Through;
+  const protobuf::Resource deepest =
+      test::NestedResources::deep(ResourceDepth::kMaxDepth, Through::Lists);
+  protobuf::Resource parsed;
+  EXPECT_TRUE(JsonOptions::fromJson(JsonOptions::toJson(deepest), parsed).ok());
+  const protobuf::Resource tooDeep =
+      test::NestedResources::deep(ResourceDepth::kMaxDepth + 1, Through::Lists);
+  EXPECT_THROW(JsonOptions::toJson(tooDeep), std::runtime_error);
+  EXPECT_THROW(JsonOptions::toJsonWithPrimitives(tooDeep), std::runtime_error);
 }
 
 }  // namespace

@@ -3,12 +3,15 @@
 
 #include <cmath>
 #include <limits>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "HostValues.h"
+#include "NestedResources.h"
 #include "kelo/common/JsonOptions.h"
 #include "kelo/common/ResourceConverter.h"
+#include "kelo/common/ResourceDepth.h"
 #include "tavelabi/Resource.h"
 #include "tavelabi/ResourceValue.h"
 
@@ -72,7 +75,8 @@ TEST(ResourceConverterTest, UnspecifiedGivesDefaultMessage) {
 }
 
 TEST(ResourceConverterTest, ByteArraySetsBytesButNoType) {
-  const Message message = ResourceConverter::toHalvorPbResourceValue(HostValues::bytesValue({0x01, 0xFE}));
+  const Message message =
+      ResourceConverter::toHalvorPbResourceValue(HostValues::bytesValue({0x01, 0xFE}));
   ASSERT_TRUE(message.has_bytesvalue());
   EXPECT_EQ(message.bytesvalue().value(), std::string("\x01\xFE", 2));
   EXPECT_EQ(message.type(), Message::UNSPECIFIED_RESOURCE_TYPE);
@@ -245,8 +249,9 @@ TEST(ResourceConverterTest, NegativeZeroKeepsItsValueThroughJson) {
   EXPECT_EQ(back.getDoubleValue(), 0.0);
 
   protobuf::Resource parsed;
-  ASSERT_TRUE(JsonOptions::fromJson(
-                  R"({"values":{"d":{"type":"DOUBLE","doubleValue":-0.0}}})", parsed).ok());
+  ASSERT_TRUE(
+      JsonOptions::fromJson(R"({"values":{"d":{"type":"DOUBLE","doubleValue":-0.0}}})", parsed)
+          .ok());
   const HostValue fromClient = ResourceConverter::toTavelAbiResource(parsed).values.at("d");
   EXPECT_EQ(fromClient.getDoubleValue(), 0.0);
   EXPECT_TRUE(std::signbit(fromClient.getDoubleValue()));
@@ -254,10 +259,10 @@ TEST(ResourceConverterTest, NegativeZeroKeepsItsValueThroughJson) {
 
 TEST(ResourceConverterTest, NestedListsAndMapsSurviveJson) {
   const HostValue::Map deepest{{"flag", HostValue(true)}, {"text", HostValue("x")}};
-  const HostValue::Map middle{
-      {"list", listOf({HostValue(1), HostValue(deepest), listOf({}), HostValues::floatValue(2.5F)})},
-      {"empty", HostValue(HostValue::Map{})},
-      {"number", HostValue(6.25)}};
+  const HostValue::Map middle{{"list", listOf({HostValue(1), HostValue(deepest), listOf({}),
+                                               HostValues::floatValue(2.5F)})},
+                              {"empty", HostValue(HostValue::Map{})},
+                              {"number", HostValue(6.25)}};
   tavelabi::Resource resource;
   resource.values["value"] = listOf({HostValue(middle), HostValue(std::vector<std::string>{"a"})});
   resource.values["other"] = HostValue(middle);
@@ -288,6 +293,32 @@ TEST(ResourceConverterTest, PathOfMessageDoesNotReachHost) {
   protobuf::Resource message;
   message.mutable_path()->set_value("/x");
   EXPECT_TRUE(ResourceConverter::toTavelAbiResource(message).values.empty());
+}
+
+TEST(ResourceConverterTest, TooDeepMessageIsRefusedBeforeItReachesTheHost) {
+  using Through = test::NestedResources::Through;
+  const protobuf::Resource deepest =
+      test::NestedResources::deep(ResourceDepth::kMaxDepth, Through::Both);
+  const tavelabi::Resource converted = ResourceConverter::toTavelAbiResource(deepest);
+  EXPECT_EQ(converted.values.size(), 1u);
+  EXPECT_NO_THROW(ResourceConverter::toTavelAbiResourceValue(deepest.values().at("deep")));
+
+  const protobuf::Resource tooDeep =
+      test::NestedResources::deep(ResourceDepth::kMaxDepth + 1, Through::Lists);
+  EXPECT_THROW(ResourceConverter::toTavelAbiResource(tooDeep), std::length_error);
+  EXPECT_THROW(ResourceConverter::toTavelAbiResourceValue(tooDeep.values().at("deep")),
+               std::length_error);
+}
+
+TEST(ResourceConverterTest, TypeNineGivesEqualBytesForEqualMessages) {
+  auto serialized = [](const std::string& keys) {
+    Message message = test::NestedResources::keyed(keys).values().at("nested");
+    message.set_type(Message::SERIALIZED_RESOURCE_VALUE);
+    const HostValue value = ResourceConverter::toTavelAbiResourceValue(message);
+    return std::string(reinterpret_cast<const char*>(value.getByteArray()),
+                       value.getByteArraySize());
+  };
+  EXPECT_EQ(serialized("abcdefghijklmnopqrstuvwxyz"), serialized("zyxwvutsrqponmlkjihgfedcba"));
 }
 
 }  // namespace

@@ -1,13 +1,19 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <mutex>
+#include <stdexcept>
+#include <string>
+#include <thread>
 #include <vector>
 
 #include "HttpClient.h"
 #include "WebTestServer.h"
 #include "WsClient.h"
 #include "kelo/web/HttpAppFramework.h"
+#include "kelo/web/Log.h"
 
 using namespace halvor::kelo::web;
 using halvor::kelo::test::eventually;
@@ -16,6 +22,11 @@ using halvor::kelo::test::WebTestServer;
 using halvor::kelo::test::WsClient;
 
 namespace {
+
+// Far more than the socket buffers of both ends hold, so that its write is still going on
+// when a client that does not read sends its close; below the 16 MB that the client's stream
+// accepts in one message, also while it skips messages waiting for the close answer.
+constexpr std::size_t kBigMessage = 12 * 1024 * 1024;
 
 // Records what the layer tells it and answers as the tests ask.
 class RecordingController : public WebSocketControllerBase {
@@ -31,6 +42,9 @@ class RecordingController : public WebSocketControllerBase {
       return;
     }
     if (message == "shutdown") return conn->shutdown(1011, "x");
+    if (message == "throw") throw std::runtime_error("boom");
+    if (message == "big")
+      return conn->send(std::string(kBigMessage, 'b'), WebSocketMessageType::Binary);
     if (message == "binary")
       return conn->send(std::string("\x01\x02", 2), WebSocketMessageType::Binary);
     conn->send("echo:" + message);
@@ -67,6 +81,7 @@ class WebSocketSessionTest : public ::testing::TestWithParam<bool> {
     server = std::make_unique<WebTestServer>(
         [this](HttpAppFramework& app) {
           app.config().clientMaxWebSocketMessageSize = 1024;
+          app.config().clientMaxWebSocketSendQueue = 2 * kBigMessage;
           app.registerWebSocketController("/1/ws/test", controller, {Get});
         },
         tls());
@@ -131,6 +146,52 @@ TEST_P(WebSocketSessionTest, ClientCloseIsAnswered1000AndReportedOnce) {
   ASSERT_FALSE(controller->messages.empty());
   EXPECT_EQ(controller->messages.back().first, WebSocketMessageType::Close);
   EXPECT_EQ(controller->messages.back().second, "bye");
+}
+
+TEST_P(WebSocketSessionTest, ClientCloseWithAnyCodeIsAnswered1000WithoutReason) {
+  for (const std::uint16_t code : {1001, 4001}) {
+    auto client = connect();
+    ASSERT_TRUE(client->receive(std::chrono::milliseconds(3000)));
+    EXPECT_TRUE(client->close(code, "going"));
+    EXPECT_EQ(client->closeCode(), 1000) << "client code " << code;
+    EXPECT_EQ(client->closeReason(), "") << "client code " << code;
+  }
+  EXPECT_TRUE(eventually([this] { return controller->closed == 2; }));
+}
+
+// The close frame arrives while the stream is busy writing: the answer still waits for that
+// write and is then 1000, not the client's code.
+TEST_P(WebSocketSessionTest, ClientCloseDuringALongWriteIsAnswered1000) {
+  auto client = std::make_unique<WsClient>("127.0.0.1", port(), tls());
+  client->setReceiveBufferSize(4096);
+  client->setTimeout(std::chrono::milliseconds(30000));
+  client->connect("/1/ws/test");
+  ASSERT_TRUE(client->receive(std::chrono::milliseconds(3000)));
+  client->sendText("big");
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  EXPECT_TRUE(client->close(4001, ""));
+  EXPECT_EQ(client->closeCode(), 1000);
+  EXPECT_EQ(client->closeReason(), "");
+  EXPECT_TRUE(eventually([this] { return controller->closed == 1; }));
+}
+
+TEST_P(WebSocketSessionTest, WhatAControllerThrowsIsLoggedAndTheConnectionGoesOn) {
+  std::mutex linesMutex;
+  std::vector<std::string> lines;
+  setLogSink([&](int level, const std::string& line) {
+    std::lock_guard lock(linesMutex);
+    if (level == kError) lines.push_back(line);
+  });
+  auto client = connect();
+  ASSERT_TRUE(client->receive(std::chrono::milliseconds(3000)));
+  client->sendText("throw");
+  client->sendText("after");
+  auto echo = client->receive(std::chrono::milliseconds(3000));
+  ASSERT_TRUE(echo);
+  EXPECT_EQ(echo->data, "echo:after");
+  setLogSink(nullptr);
+  std::lock_guard lock(linesMutex);
+  EXPECT_EQ(lines, std::vector<std::string>{"WebSocket handleNewMessage threw: boom"});
 }
 
 TEST_P(WebSocketSessionTest, ServerShutdownCodeAndReasonReachTheClient) {

@@ -20,8 +20,6 @@ namespace halvor::kelo {
 // address is in the connectivity table.
 class WsListenerInstance : public tavelabi::AbstractResourceListener {
  public:
-  static constexpr const char* kConnectivitiesPath = "/kelo/websocketConnectivities";
-
   WsListenerInstance(const std::string& path, std::string loggerId);
 
   operator std::string() override;  // NOLINT(google-explicit-constructor)

@@ -25,7 +25,8 @@ class WsMessages {
   static tavelabi::Resource readBypassingActivity(const web::HttpRequestPtr& req,
                                                   const std::string& sessionId,
                                                   const std::string& path);
-  // `message` in protobuf's binary wire form, the payload of one Binary frame.
+  // `message` in protobuf's binary wire form, the payload of one Binary frame; serialised
+  // deterministically, so that equal messages are equal frames.
   static void serialize(const google::protobuf::MessageLite& message, std::string& out);
 };
 

@@ -1,13 +1,16 @@
-#include "kelo/handlers/http/generic/ResourceJsonWriter.h"
+#include "kelo/common/ResourceJsonWriter.h"
 
 #include <google/protobuf/stubs/strutil.h>
 
+#include <algorithm>
 #include <cfloat>
 #include <charconv>
 #include <cmath>
 #include <system_error>
+#include <vector>
 
 #include "kelo/common/JsonOptions.h"
+#include "kelo/common/ResourceDepth.h"
 
 namespace halvor::kelo {
 
@@ -42,12 +45,12 @@ std::string ResourceJsonWriter::print(const protobuf::Resource& message) {
   if (tryPrint(message, out)) {
     return out;
   }
+  ResourceDepth::check(message);
   return JsonOptions::toJson(message);
 }
 
 // Members are printed in field number order, members at their default left out, wrapper types
-// as bare values, maps in the map's own iteration order (the order in which protobuf serialises
-// them and so prints them).
+// as bare values, map entries in key order (as protobuf prints a deterministic serialisation).
 bool ResourceJsonWriter::tryPrint(const protobuf::Resource& message, std::string& out) {
   out += '{';
   bool first = true;
@@ -68,21 +71,19 @@ bool ResourceJsonWriter::tryPrint(const protobuf::Resource& message, std::string
   return true;
 }
 
-bool ResourceJsonWriter::writeMap(
-    const google::protobuf::Map<std::string, protobuf::ResourceValue>& map, int depth,
-    std::string& out) {
+bool ResourceJsonWriter::writeMap(const ValueMap& map, int depth, std::string& out) {
   out += '{';
   bool first = true;
-  for (const auto& [key, value] : map) {
+  for (const ValueMap::value_type* entry : sortedEntries(map)) {
     if (!first) {
       out += ',';
     }
     first = false;
-    if (!writeString(key, out)) {
+    if (!writeString(entry->first, out)) {
       return false;
     }
     out += ':';
-    if (!writeValue(value, depth + 1, out)) {
+    if (!writeValue(entry->second, depth + 1, out)) {
       return false;
     }
   }
@@ -90,9 +91,23 @@ bool ResourceJsonWriter::writeMap(
   return true;
 }
 
+// Byte order of the keys, as std::string compares them: the order of protobuf's deterministic
+// serialisation.
+std::vector<const ResourceJsonWriter::ValueMap::value_type*> ResourceJsonWriter::sortedEntries(
+    const ValueMap& map) {
+  std::vector<const ValueMap::value_type*> entries;
+  entries.reserve(map.size());
+  for (const auto& entry : map) {
+    entries.push_back(&entry);
+  }
+  std::sort(entries.begin(), entries.end(),
+            [](const auto* left, const auto* right) { return left->first < right->first; });
+  return entries;
+}
+
 bool ResourceJsonWriter::writeValue(const protobuf::ResourceValue& value, int depth,
                                     std::string& out) {
-  if (depth > kMaxDepth) {
+  if (depth > ResourceDepth::kMaxDepth) {
     return false;
   }
   out += '{';

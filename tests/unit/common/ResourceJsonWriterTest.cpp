@@ -6,10 +6,13 @@
 #include <cstdint>
 #include <limits>
 #include <random>
+#include <stdexcept>
 #include <string>
 
+#include "NestedResources.h"
 #include "kelo/common/JsonOptions.h"
-#include "kelo/handlers/http/generic/ResourceJsonWriter.h"
+#include "kelo/common/ResourceDepth.h"
+#include "kelo/common/ResourceJsonWriter.h"
 
 namespace halvor::kelo {
 namespace {
@@ -236,16 +239,43 @@ TEST(ResourceJsonWriterTest, LeavesNonAsciiTextAndNonFiniteNumbersToProtobuf) {
   EXPECT_EQ(ResourceJsonWriter::print(number), JsonOptions::toJson(number));
 }
 
-TEST(ResourceJsonWriterTest, DeepNestingIsLeftToProtobuf) {
-  protobuf::Resource message;
-  Message* value = &(*message.mutable_values())["deep"];
-  for (int depth = 0; depth < ResourceJsonWriter::kMaxDepth + 2; ++depth) {
-    value->set_type(Message::LIST_VALUE);
-    value = value->add_listvalue();
+TEST(ResourceJsonWriterTest, DeepestPrintableNestingIsWalkedAndDeeperIsRefused) {
+  using Through = test::NestedResources::Through;
+  for (const Through through : {Through::Lists, Through::Maps, Through::Both}) {
+    const protobuf::Resource deepest =
+        test::NestedResources::deep(ResourceDepth::kMaxDepth, through);
+    std::string out;
+    EXPECT_TRUE(ResourceJsonWriter::tryPrint(deepest, out));
+    EXPECT_EQ(out, JsonOptions::toJson(deepest));
+    EXPECT_TRUE(test::NestedResources::isJson(ResourceJsonWriter::print(deepest)));
+
+    const protobuf::Resource tooDeep =
+        test::NestedResources::deep(ResourceDepth::kMaxDepth + 1, through);
+    EXPECT_FALSE(ResourceJsonWriter::tryPrint(tooDeep, out));
+    EXPECT_THROW(ResourceJsonWriter::print(tooDeep), std::length_error);
   }
-  std::string out;
-  EXPECT_FALSE(ResourceJsonWriter::tryPrint(message, out));
-  EXPECT_EQ(ResourceJsonWriter::print(message), JsonOptions::toJson(message));
+}
+
+TEST(ResourceJsonWriterTest, TooDeepWithTextForProtobufIsRefusedToo) {
+  protobuf::Resource message = test::NestedResources::deep(ResourceDepth::kMaxDepth + 1,
+                                                           test::NestedResources::Through::Both);
+  Message& text = (*message.mutable_values())["text"];
+  text.set_type(Message::STRING);
+  text.mutable_stringvalue()->set_value("caf\xc3\xa9");
+  EXPECT_THROW(ResourceJsonWriter::print(message), std::length_error);
+}
+
+TEST(ResourceJsonWriterTest, MapKeysArePrintedInKeyOrderAtEveryLevel) {
+  const std::string expected =
+      R"({"values":{"a":{"intValue":97,"type":"INT32"},"b":{"intValue":98,"type":"INT32"},)"
+      R"("c":{"intValue":99,"type":"INT32"},"nested":{"mapValue":{"a":{"intValue":97,)"
+      R"("type":"INT32"},"b":{"intValue":98,"type":"INT32"},"c":{"intValue":99,)"
+      R"("type":"INT32"}},"type":"MAP_VALUE"}}})";
+  EXPECT_EQ(ResourceJsonWriter::print(test::NestedResources::keyed("cab")), expected);
+  const std::string forward =
+      ResourceJsonWriter::print(test::NestedResources::keyed("abcdefghijklmnopqrstuvwxyz"));
+  EXPECT_EQ(forward,
+            ResourceJsonWriter::print(test::NestedResources::keyed("qwertyuiopasdfghjklzxcvbnm")));
 }
 
 }  // namespace
