@@ -18,14 +18,21 @@ include(GoogleTest)
 # gtest_discover_tests makes each test case a ctest test of its own, run in its own process; the
 # integration tests rely on that (the web application is one per process).
 
-# kelo_add_test(<target> SOURCES ... LIBS ... [CONCURRENCY] [TIMEOUT s])
-# CONCURRENCY marks tests that CI also runs under ThreadSanitizer (ctest -L concurrency).
+# kelo_add_test(<target> SOURCES ... LIBS ... [CONCURRENCY] [TIMEOUT s] [PCH target])
+# CONCURRENCY marks tests that CI also runs under ThreadSanitizer (ctest -L concurrency); PCH
+# names a target whose precompiled headers the test's files use.
 function(kelo_add_test target)
-  cmake_parse_arguments(T "CONCURRENCY" "TIMEOUT" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(T "CONCURRENCY" "TIMEOUT;PCH" "SOURCES;LIBS" ${ARGN})
   add_executable(${target} ${T_SOURCES})
   target_link_libraries(${target} PRIVATE ${T_LIBS} GTest::gtest GTest::gmock GTest::gtest_main
     kelo_warnings Threads::Threads)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  if(T_PCH)
+    # The precompiled headers of a library serve an executable only if both are compiled alike:
+    # neither -fPIC nor -fPIE, the compiler's default, which clang checks.
+    set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+    kelo_precompile_like(${target} ${T_PCH})
+  endif()
   if(NOT T_TIMEOUT)
     set(T_TIMEOUT 300)
   endif()
@@ -46,8 +53,13 @@ function(kelo_add_test_support)
   add_library(kelotestsupport STATIC ${sources})
   target_include_directories(kelotestsupport PUBLIC ${PROJECT_SOURCE_DIR}/tests
     ${PROJECT_SOURCE_DIR}/tests/support)
+  # GoogleTest too, so that every test file is compiled with the options of this library and can
+  # use the headers precompiled for it.
   target_link_libraries(kelotestsupport PUBLIC kelocore tavelsim keloweb Boost::boost OpenSSL::SSL
-    OpenSSL::Crypto Threads::Threads PRIVATE kelo_warnings)
+    OpenSSL::Crypto Threads::Threads GTest::gtest GTest::gmock PRIVATE kelo_warnings)
+  set_target_properties(kelotestsupport PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+  kelo_precompile(kelotestsupport ${KELO_PCH_STD} ${KELO_PCH_JSON} ${KELO_PCH_PROTOBUF}
+    ${KELO_PCH_TEST})
 endfunction()
 
 # kelo_add_test_folder(<dir> <path relative to tests/>): the executables of one folder.
@@ -67,8 +79,9 @@ function(kelo_add_test_folder dir rel)
   if(support_sources)
     # An object library, so that support code that registers itself is never dropped by the linker.
     add_library(${name}_test_support OBJECT ${support_sources})
-    target_link_libraries(${name}_test_support PUBLIC kelotestsupport GTest::gtest GTest::gmock
-      PRIVATE kelo_warnings)
+    target_link_libraries(${name}_test_support PUBLIC kelotestsupport PRIVATE kelo_warnings)
+    set_target_properties(${name}_test_support PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+    kelo_precompile_like(${name}_test_support kelotestsupport)
     list(APPEND libs ${name}_test_support)
   endif()
 
@@ -82,13 +95,14 @@ function(kelo_add_test_folder dir rel)
   set(KELO_FOLDER_CONCURRENCY_TESTS)
   if(unit_sources)
     set(KELO_FOLDER_TESTS ${name}_tests)
-    kelo_add_test(${KELO_FOLDER_TESTS} SOURCES ${unit_sources} LIBS ${libs})
+    kelo_add_test(${KELO_FOLDER_TESTS} SOURCES ${unit_sources} LIBS ${libs}
+      PCH kelotestsupport)
     target_include_directories(${KELO_FOLDER_TESTS} PRIVATE ${private_includes})
   endif()
   if(concurrency_sources)
     set(KELO_FOLDER_CONCURRENCY_TESTS ${name}_concurrency_tests)
     kelo_add_test(${KELO_FOLDER_CONCURRENCY_TESTS} SOURCES ${concurrency_sources} LIBS ${libs}
-      CONCURRENCY)
+      PCH kelotestsupport CONCURRENCY)
     target_include_directories(${KELO_FOLDER_CONCURRENCY_TESTS} PRIVATE ${private_includes})
   endif()
   if(support_sources)

@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
-# fuzz/run.sh [SECONDS]: builds the libFuzzer targets with clang in build/fuzz (configuring it
-# once) and runs each target that has a seed corpus in fuzz/corpus/<target>/ for SECONDS (60 by
-# default), with fuzz/<target>.dict as its dictionary when there is one. Each run works on a
-# scratch copy of the corpus, so that the committed seeds never grow. Fails on the first crash,
-# leak, sanitizer report or broken property; the input that caused it is kept as
-# build/fuzz/artifacts/<target>-crash-*.
+# fuzz/run.sh [SECONDS [BUILD_DIR]]: builds the libFuzzer targets with clang in BUILD_DIR
+# (build/fuzz by default, configured here once; scripts/test.sh passes its clang ASan+UBSan build,
+# configured with -DKELO_FUZZ=ON) and runs each target that has a seed corpus in
+# fuzz/corpus/<target>/ for SECONDS (60 by default), with fuzz/<target>.dict as its dictionary
+# when there is one. Each run works on a scratch copy of the corpus, so that the committed seeds
+# never grow. Fails on the first crash, leak, sanitizer report or broken property; the input that
+# caused it is kept as BUILD_DIR/artifacts/<target>-crash-*.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-60}
-dir=build/fuzz
+dir=${2:-build/fuzz}
 
 if [ ! -f "$dir/build.ninja" ]; then
   CC=clang CXX=clang++ cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \

@@ -11,7 +11,7 @@ PACKAGES=(
   libprotobuf-dev protobuf-compiler
   libjsoncpp-dev libssl-dev openssl libeasyloggingpp-dev
   libgtest-dev libgmock-dev libbenchmark-dev
-  clang libclang-rt-14-dev
+  clang libclang-rt-14-dev llvm
   curl wrk python3 python3-websocket python3-yaml python3-jsonschema procps util-linux
 )
 

@@ -16,8 +16,9 @@ namespace {
 using tavelabi::PluginStatus;
 using CountsFunction = void (*)(std::uint64_t*, std::uint64_t*);
 
+// The process id in the name: ctest runs each test case as a process of its own, several at once.
 std::string writeFile(const std::string& name, const std::string& text) {
-  std::string path = ::testing::TempDir() + name;
+  std::string path = ::testing::TempDir() + std::to_string(::getpid()) + "-" + name;
   std::ofstream(path) << text;
   return path;
 }

@@ -28,8 +28,9 @@ std::string readFile(const std::string& path) {
   return text.str();
 }
 
+// The process id in the name: ctest runs each test case as a process of its own, several at once.
 std::string writeFile(const std::string& name, const std::string& text) {
-  std::string path = ::testing::TempDir() + name;
+  std::string path = ::testing::TempDir() + std::to_string(::getpid()) + "-" + name;
   std::ofstream(path) << text;
   return path;
 }
