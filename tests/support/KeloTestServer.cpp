@@ -161,7 +161,7 @@ void KeloTestServer::initOnly() {
 void KeloTestServer::start() {
   initOnly();
   const bool serving =
-      waitFor([this] { return web::app().isRunning() && web::app().getListeners().size() >= 2; },
+      waitFor([] { return web::app().isRunning() && web::app().getListeners().size() >= 2; },
               std::chrono::seconds(20));
   if (!serving || !plugin->isRunning()) {
     const tavelabi::PluginStatus status = plugin->currentStatus();
