@@ -16,7 +16,6 @@
 #include "kelo/Registrations.h"
 #include "kelo/WebKeloInterface.h"
 #include "kelo/handlers/certificates/ApplyCertificateListener.h"
-#include "kelo/handlers/ws/ConnectivityTable.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/BuildIdentifier.h"
@@ -187,7 +186,7 @@ void Kelo::init(const uint32_t& id, const std::string& logConfigFile,
   const std::string versionPath = GenerateVersionPath(getName());
   if (!createOnHost(versionPath, Resource(ResourceValue(getVersion())),
                     "Unable to register version " + versionPath) ||
-      !createOnHost(ConnectivityTable::kPath, Resource(ResourceValue(ResourceValue::Map{})),
+      !createOnHost(HostPaths::kConnectivities, Resource(ResourceValue(ResourceValue::Map{})),
                     "Unable to create websocket connectivities resource") ||
       !createOnHost(HostPaths::kLocalhostIp, Resource(ResourceValue(localhostIps)),
                     "Unable to create PX3 localhost IP resource")) {
@@ -370,7 +369,7 @@ void Kelo::consume(const tavelabi::TimePoint& now) {
 }
 
 void Kelo::checkHeartbeat() {
-  ResourceAction read(CCRUD::Read, ConnectivityTable::kPath, this, getSessionId());
+  ResourceAction read(CCRUD::Read, HostPaths::kConnectivities, this, getSessionId());
   Resource answer = getTavelInterface()->processResourceAction(read);
   ResourceValue::Map connectivities = answer.values.at("value").getMapValue();
 
@@ -386,7 +385,7 @@ void Kelo::checkHeartbeat() {
     connectivities.erase(ip);
   }
 
-  ResourceAction update(CCRUD::Update, ConnectivityTable::kPath,
+  ResourceAction update(CCRUD::Update, HostPaths::kConnectivities,
                         Resource(ResourceValue(connectivities)), this, getSessionId());
   getTavelInterface()->processResourceAction(update);
 }

@@ -10,6 +10,10 @@ class HostPaths {
 
   // The addresses, besides loopback, from which a client counts as local.
   static constexpr const char* kLocalhostIp = "/px3/localhostIp";
+  // Which client addresses get pushes: a map from IP address to the seconds left. init creates
+  // it empty, the ping endpoint writes 5 for its client's address, the fan-out skips addresses
+  // that are not in it, and consume takes 1 off each entry every second.
+  static constexpr const char* kConnectivities = "/kelo/websocketConnectivities";
 };
 
 }  // namespace halvor::kelo

@@ -1,8 +1,8 @@
 #include "kelo/handlers/ws/WsHeartbeat.h"
 
+#include "kelo/HostPaths.h"
 #include "kelo/KeloHost.h"
 #include "kelo/KeloLog.h"
-#include "kelo/handlers/ws/ConnectivityTable.h"
 #include "tavelabi/ITavel.h"
 #include "tavelabi/ResourceAction.h"
 #include "tavelabi/TermTint.h"
@@ -32,14 +32,14 @@ void WsHeartbeat::extendHeartbeatCount(std::string ip) {
       << "received ping from client " << ip << " extend heartbeat count";
   tavelabi::ITavel* tavel = KeloHost::tavel();
   tavelabi::IPluginInfo* info = KeloHost::pluginInfo();
-  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, ConnectivityTable::kPath,
-                                info, info->getSessionId());
+  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, HostPaths::kConnectivities, info,
+                                info->getSessionId());
   const tavelabi::Resource answer = tavel->processResourceAction(read);
   tavelabi::ResourceValue::Map connectivities = answer.values.at("value").getMapValue();
 
   connectivities[ip] = tavelabi::ResourceValue(static_cast<int>(kHeartbeatCount));
 
-  tavelabi::ResourceAction update(tavelabi::CCRUD::Update, ConnectivityTable::kPath,
+  tavelabi::ResourceAction update(tavelabi::CCRUD::Update, HostPaths::kConnectivities,
                                   tavelabi::Resource(tavelabi::ResourceValue(connectivities)), info,
                                   info->getSessionId());
   tavel->processResourceAction(update);

@@ -6,9 +6,9 @@
 #include <sstream>
 #include <utility>
 
+#include "kelo/HostPaths.h"
 #include "kelo/KeloHost.h"
 #include "kelo/KeloLog.h"
-#include "kelo/handlers/ws/ConnectivityTable.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/ITavel.h"
 
@@ -30,7 +30,7 @@ std::string WsListenerInstance::generateConnectionUuid(const web::WebSocketConne
 
 tavelabi::ResourceValue::Map WsListenerInstance::readConnectivities() {
   tavelabi::IPluginInfo* info = KeloHost::pluginInfo();
-  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, ConnectivityTable::kPath, info,
+  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, HostPaths::kConnectivities, info,
                                 info->getSessionId());
   const tavelabi::Resource answer = KeloHost::tavel()->processResourceAction(read);
   return answer.values.at("value").getMapValue();
