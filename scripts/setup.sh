@@ -12,7 +12,8 @@ PACKAGES=(
   libjsoncpp-dev libssl-dev openssl libeasyloggingpp-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev llvm
-  curl wrk python3 python3-websocket python3-yaml python3-jsonschema procps util-linux
+  curl wrk python3 python3-websocket python3-protobuf python3-yaml python3-jsonschema
+  procps util-linux
 )
 
 missing=()

@@ -18,6 +18,8 @@ A test, run as TEST.py TAVEL_SIM LIBKELO REPO:
 tavel-sim is stopped by its own process id when run() returns or fails; the scratch folder goes
 with it.
 """
+import atexit
+import importlib
 import json
 import os
 import shutil
@@ -293,6 +295,29 @@ def resource_value(data):
 def resource_values(frame):
     """The values of a binary halvor.protobuf.Resource frame, by key."""
     return _map_entries(value for number, _, value in fields(frame) if number == 1)
+
+
+# ---- the project's own schema ------------------------------------------------------------------
+
+_schema_modules = {}
+
+
+def schema(name, repo):
+    """The Python module of proto/halvor/protobuf/NAME.proto ("Monitoring" gives Monitoring_pb2),
+    compiled with protoc from the repository's own schema on first use, so that a test decodes
+    binary frames with exactly the messages the plug-in sends. Needs Debian's python3-protobuf."""
+    if name not in _schema_modules:
+        out = tempfile.mkdtemp(prefix="kelo-wire-schema-")
+        atexit.register(shutil.rmtree, out, True)
+        proto_root = os.path.join(repo, "proto")
+        protos = [os.path.join("halvor", "protobuf", f)
+                  for f in sorted(os.listdir(os.path.join(proto_root, "halvor", "protobuf")))
+                  if f.endswith(".proto")]
+        subprocess.run(["protoc", "-I", proto_root, "--python_out", out] + protos, check=True)
+        if out not in sys.path:
+            sys.path.insert(0, out)
+        _schema_modules[name] = importlib.import_module("halvor.protobuf." + name + "_pb2")
+    return _schema_modules[name]
 
 
 # ---- the test's frame ---------------------------------------------------------------------------
