@@ -70,6 +70,16 @@ expect_eq "a single device needs no session: status" 200 "$status"
 expect_eq "a single device needs no session: body" '{"guid":"fan-3","name":"fan"}' "$body"
 request "$api/devices"
 expect_eq "the device list needs a session" 440 "$status"
+request "$api/devices/fan%2D3"
+expect_eq "a percent-encoded GUID is decoded" '{"guid":"fan-3","name":"fan"}' "$body"
+request "$api/devices/%E2%82%AC%20x-1"
+expect_eq "a GUID in UTF-8 with a blank" '{"guid":"€ x-1","name":"€ x"}' "$body"
+request "$api/devices/-"
+expect_eq "a GUID that is only the dash" '{"guid":"-","name":""}' "$body"
+request "$api/devices/%zz"
+expect_eq "a GUID with a bad escape is refused by the web layer" 400 "$status"
+request "$api/devices/a/b"
+expect_eq "a GUID cannot hold a slash: no such route" 404 "$status"
 
 # ---- all alarms ----
 pll='{"path":"/alarms/exciter/1/pll","active":false,"description":"Synthesizer unlocked","name":"PLL","time":"2026-01-31T12:34:56Z","device":{"guid":"exciter-1","name":"exciter"},"severity":"REDUCED_POWER"}'

@@ -1,7 +1,5 @@
 #include "kelo/handlers/http/alarms/AlarmEndpointHelperClass.h"
 
-#include <utility>
-
 #include "halvor/factories/MonitoringFactories.h"
 #include "kelo/handlers/http/devices/DeviceEndpointHelperClass.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
