@@ -2,6 +2,8 @@
 
 #include "kelo/BackgroundTaskQueue.h"
 #include "kelo/WebKeloInterface.h"
+#include "kelo/handlers/http/alarms/AlarmRoutes.h"
+#include "kelo/handlers/http/devices/DeviceRoutes.h"
 #include "kelo/handlers/http/generic/GenericRoutes.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsRoutes.h"
@@ -17,6 +19,8 @@ void Registrations::registerPluginTypes(web::HttpAppFramework& application) {
 void Registrations::registerRoutes(web::HttpAppFramework& application) {
   // Each family of handlers adds its register function here.
   GenericRoutes::registerGenericRoutes(application);
+  DeviceRoutes::registerDeviceRoutes(application);
+  AlarmRoutes::registerAlarmRoutes(application);
   WsRoutes::registerWsRoutes(application);
 }
 

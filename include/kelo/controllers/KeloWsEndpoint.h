@@ -26,8 +26,8 @@ class KeloWsEndpoint : public KeloWsController<T, true> {
   void initialSetupAndMessage(const web::HttpRequestPtr& req,
                               const web::WebSocketConnectionPtr& conn,
                               std::string sessionId) override {
-    const std::string pattern = subscribedPattern(req);
-    tavelabi::Resource first = firstResource(req, sessionId, pattern);
+    const std::string pattern = patternOf(req);
+    tavelabi::Resource first = firstResourceOf(req, sessionId, pattern);
     std::string message;
     T::messageGenerator(req, first, sessionId, message, pattern);
     conn->send(message, web::WebSocketMessageType::Binary);
@@ -35,7 +35,9 @@ class KeloWsEndpoint : public KeloWsController<T, true> {
   }
 
  private:
-  static std::string subscribedPattern(const web::HttpRequestPtr& req) {
+  // Named apart from the members they look for: under the same name, `T::member` of an endpoint
+  // that lacks the member would find the helper itself and call it again without end.
+  static std::string patternOf(const web::HttpRequestPtr& req) {
     if constexpr (requires { T::subscribedPattern(req); }) {
       return T::subscribedPattern(req);
     } else {
@@ -43,9 +45,9 @@ class KeloWsEndpoint : public KeloWsController<T, true> {
     }
   }
 
-  static tavelabi::Resource firstResource(const web::HttpRequestPtr& req,
-                                          const std::string& sessionId,
-                                          const std::string& pattern) {
+  static tavelabi::Resource firstResourceOf(const web::HttpRequestPtr& req,
+                                            const std::string& sessionId,
+                                            const std::string& pattern) {
     if constexpr (requires { T::firstResource(req, sessionId, pattern); }) {
       return T::firstResource(req, sessionId, pattern);
     } else {

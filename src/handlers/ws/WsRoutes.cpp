@@ -1,13 +1,14 @@
 #include "kelo/handlers/ws/WsRoutes.h"
 
 #include "kelo/controllers/FamilyRoutes.h"
+#include "kelo/handlers/ws/WsActiveAlarms.h"
 #include "kelo/handlers/ws/WsHeartbeat.h"
 #include "kelo/handlers/ws/WsResource.h"
 
 namespace halvor::kelo {
 
 void WsRoutes::registerWsRoutes(web::HttpAppFramework& application) {
-  FamilyRoutes::add<WsHeartbeat, WsResource>(application);
+  FamilyRoutes::add<WsHeartbeat, WsResource, WsActiveAlarms>(application);
 }
 
 }  // namespace halvor::kelo
