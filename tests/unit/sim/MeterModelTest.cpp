@@ -309,7 +309,8 @@ TEST(MeterTreeTest, GuidsAreStableAndDifferPerPath) {
   EXPECT_EQ(MeterTree::guidOf("/meters/a"), MeterTree::guidOf("/meters/a"));
   EXPECT_NE(MeterTree::guidOf("/meters/a"), MeterTree::guidOf("/meters/b"));
   std::set<std::string> guids;
-  for (const MeterSpec* meter : MeterTree::meters()) guids.insert(MeterTree::guidOf(meter->path));
+  for (const MeterDefinition* meter : MeterTree::meters())
+    guids.insert(MeterTree::guidOf(meter->path));
   EXPECT_EQ(guids.size(), MeterTree::meters().size());
 }
 
