@@ -3,8 +3,10 @@
 #include "kelo/BackgroundTaskQueue.h"
 #include "kelo/WebKeloInterface.h"
 #include "kelo/handlers/http/alarms/AlarmRoutes.h"
+#include "kelo/handlers/http/audio/AudioRoutes.h"
 #include "kelo/handlers/http/devices/DeviceRoutes.h"
 #include "kelo/handlers/http/generic/GenericRoutes.h"
+#include "kelo/handlers/http/meters/MeterRoutes.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsRoutes.h"
 
@@ -21,6 +23,8 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   GenericRoutes::registerGenericRoutes(application);
   DeviceRoutes::registerDeviceRoutes(application);
   AlarmRoutes::registerAlarmRoutes(application);
+  MeterRoutes::registerMeterRoutes(application);
+  AudioRoutes::registerAudioRoutes(application);
   WsRoutes::registerWsRoutes(application);
 }
 

@@ -2,8 +2,10 @@
 
 #include "sim/SimTavel.h"
 #include "sim/models/AlarmModel.h"
+#include "sim/models/AudioInputModel.h"
 #include "sim/models/DemoModel.h"
 #include "sim/models/DeviceModel.h"
+#include "sim/models/MeterModel.h"
 
 namespace halvor::sim {
 
@@ -21,6 +23,8 @@ const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
       make<DemoModel>,
       make<DeviceModel>,
       make<AlarmModel>,
+      make<MeterModel>,
+      make<AudioInputModel>,
   };
   return table;
 }
