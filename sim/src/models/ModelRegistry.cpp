@@ -2,6 +2,7 @@
 
 #include "sim/SimTavel.h"
 #include "sim/models/DemoModel.h"
+#include "sim/models/EventLogModel.h"
 
 namespace halvor::sim {
 
@@ -17,6 +18,7 @@ std::unique_ptr<Model> make() {
 const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
   static const std::vector<Factory> table{
       make<DemoModel>,
+      make<EventLogModel>,
   };
   return table;
 }

@@ -124,7 +124,7 @@ TEST(ModelTest, InstallAllPutsEveryModelOfTheRegistryOnTheHost) {
   SimTavel host(HostWithUsers::quietOptions());
   ModelRegistry::installAll(host);
   EXPECT_EQ(ModelRegistry::names(), host.modelNames());
-  EXPECT_EQ(std::vector<std::string>{"demo"}, host.modelNames());
+  EXPECT_EQ((std::vector<std::string>{"demo", "eventlog"}), host.modelNames());
   EXPECT_TRUE(host.peek(DemoModel::kCounterPath).has_value());
 }
 
