@@ -2,6 +2,7 @@
 
 #include "kelo/BackgroundTaskQueue.h"
 #include "kelo/WebKeloInterface.h"
+#include "kelo/handlers/http/events/EventRoutes.h"
 #include "kelo/handlers/http/generic/GenericRoutes.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsRoutes.h"
@@ -17,6 +18,7 @@ void Registrations::registerPluginTypes(web::HttpAppFramework& application) {
 void Registrations::registerRoutes(web::HttpAppFramework& application) {
   // Each family of handlers adds its register function here.
   GenericRoutes::registerGenericRoutes(application);
+  EventRoutes::registerEventRoutes(application);
   WsRoutes::registerWsRoutes(application);
 }
 
