@@ -136,9 +136,12 @@ Record recordOfJson(const Json::Value& event) {
   return record;
 }
 
-// "2026-11-02T14:05:09.25Z" from a record's two time keys.
+// "2026-11-02T14:05:09.25Z" from a record's two time keys; empty for seconds that no calendar
+// date of four digits holds.
 std::string isoTimeOf(const Record& record) {
-  const auto seconds = static_cast<std::time_t>(std::floor(secondsOf(record)));
+  const double whole = std::floor(secondsOf(record));
+  if (!(whole >= -62135596800.0 && whole <= 253402300799.0)) return {};
+  const auto seconds = static_cast<std::time_t>(whole);
   std::tm utc{};
   gmtime_r(&seconds, &utc);
   char text[48];

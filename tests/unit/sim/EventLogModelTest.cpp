@@ -286,6 +286,25 @@ TEST_F(EventLogModelTest, CsvFileHoldsTheSelectionInOrder) {
   std::filesystem::remove_all(directory);
 }
 
+TEST_F(EventLogModelTest, CsvLeavesATimeOutsideTheCalendarEmpty) {
+  const std::filesystem::path directory =
+      std::filesystem::temp_directory_path() / ("eventlog-time-" + std::to_string(::getpid()));
+  Json::Value section = parseJson(R"({"events": [{"eventLogId": 1, "seconds": 1e300},
+                                                 {"eventLogId": 2, "seconds": -1e20}]})");
+  section["csvDirectory"] = directory.string();
+  host().applyFixture(fixtureWith(section));
+  Resource request("displayOrder", ResourceValue("eventId"));
+  request.addValue("descending", ResourceValue(false));
+  command(EventLogModel::kGenerateCsv, request);
+  std::ifstream file(directory / "eventlog.csv", std::ios::binary);
+  std::stringstream text;
+  text << file.rdbuf();
+  EXPECT_EQ(text.str(),
+            "eventLogId,time,deviceName,deviceId,eventType,eventName,severity,description,value\r\n"
+            "1,,,,,,,,\r\n2,,,,,,,,\r\n");
+  std::filesystem::remove_all(directory);
+}
+
 TEST_F(EventLogModelTest, CsvIntoAPlaceThatIsNoDirectoryFails) {
   const std::filesystem::path blocker =
       std::filesystem::temp_directory_path() / ("eventlog-file-" + std::to_string(::getpid()));
