@@ -52,8 +52,8 @@ TEST(GetEventLogsHandlerConcurrencyTest, EachRequestPagesWithItsOwnCount) {
     threads.emplace_back([&, t] {
       const int pageSize = t + 1;
       for (int i = 0; i < 200; ++i) {
-        web::HttpRequestPtr req = test::makeRequest(
-            web::Get, "/1/api/events/paged", "page=5&page_size=" + std::to_string(pageSize));
+        web::HttpRequestPtr req = test::makeRequest(web::Get, "/1/api/events/paged",
+                                                    "page=5&page_size=" + std::to_string(pageSize));
         web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
         handler.processHttpRequest(req, resp, &host, &info, "s1");
         protobuf::PagedEvents paged;
