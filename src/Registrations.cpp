@@ -5,6 +5,7 @@
 #include "kelo/handlers/http/alarms/AlarmRoutes.h"
 #include "kelo/handlers/http/audio/AudioRoutes.h"
 #include "kelo/handlers/http/devices/DeviceRoutes.h"
+#include "kelo/handlers/http/events/EventRoutes.h"
 #include "kelo/handlers/http/generic/GenericRoutes.h"
 #include "kelo/handlers/http/meters/MeterRoutes.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
@@ -25,6 +26,7 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   AlarmRoutes::registerAlarmRoutes(application);
   MeterRoutes::registerMeterRoutes(application);
   AudioRoutes::registerAudioRoutes(application);
+  EventRoutes::registerEventRoutes(application);
   WsRoutes::registerWsRoutes(application);
 }
 

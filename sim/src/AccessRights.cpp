@@ -23,13 +23,16 @@ struct Rule {
 
 // The rights table. The first rule whose verbs and glob fit the action decides; an action that
 // no rule fits is refused. Commands count as writes unless a rule above says otherwise.
-constexpr std::array<Rule, 11> kRules{{
+constexpr std::array<Rule, 13> kRules{{
     {Verbs::Read, "**", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/user/command/login", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/user/command/logout", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/user/command/autoLogin", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/session/command/newSession", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/resource/list", Grant::Yes, Grant::Yes, Grant::Yes},
+    // Reading and exporting the event log change nothing; clearing it is a write.
+    {Verbs::Command, "/command/eventlog/getEvents", Grant::Yes, Grant::Yes, Grant::Yes},
+    {Verbs::Command, "/command/eventlog/generateCsv", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/user/command/changePassword", Grant::Yes, Grant::OwnUserOnly, Grant::No},
     {Verbs::Command, "/user/**", Grant::Yes, Grant::No, Grant::No},
     {Verbs::Write, "/user/**", Grant::Yes, Grant::No, Grant::No},

@@ -90,7 +90,8 @@ produce and consume about 100 times a second until SIGINT or SIGTERM, then shuts
   --plugin-id N            the identifier handed to init (default 1)
   --no-demo-models         run no model of the transmitter (the demo's /demo/clock and
                            /demo/counter, and every domain's): the tree holds what the
-                           fixtures seed and what clients write, nothing else
+                           fixtures seed and what clients write, nothing else; only the
+                           models that a fixture names under "models" run
   --help                   print this text and exit
 
 Exit status: 0 after a clean shutdown on SIGINT or SIGTERM; 2 for a bad command line or

@@ -116,7 +116,7 @@ std::string oneLine(const std::string& text) {
 
 bool isOwnKey(const std::string& key) {
   return key == "users" || key == "resources" || key == "autoLogin" ||
-         key == "sessionTimeoutSeconds" || key == "comment";
+         key == "sessionTimeoutSeconds" || key == "models" || key == "comment";
 }
 
 // Keeps the models' sections as they are; any other key is refused.
@@ -169,6 +169,7 @@ Fixture FixtureLoader::parse(const std::string& text, const std::string& source,
   readResources(root["resources"], fixture);
   readAutoLogin(root["autoLogin"], fixture);
   readSessionTimeout(root["sessionTimeoutSeconds"], fixture);
+  fixture.models = textList(root["models"], "\"models\"", fixture.source);
   return fixture;
 }
 

@@ -31,6 +31,9 @@ struct Fixture {
   std::vector<std::pair<std::string, tavelabi::Resource>> resources;
   std::vector<AutoLoginRule> autoLogin;
   std::optional<int> sessionTimeoutSeconds;
+  // Models (by name) that run also when the demo's models are off, so that a test can have one
+  // domain's model and nothing else.
+  std::vector<std::string> models;
   // Sections that models read (Model::fixtureSection), as written, in key order.
   std::vector<std::pair<std::string, Json::Value>> sections;
 };

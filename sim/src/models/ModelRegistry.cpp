@@ -5,6 +5,7 @@
 #include "sim/models/AudioInputModel.h"
 #include "sim/models/DemoModel.h"
 #include "sim/models/DeviceModel.h"
+#include "sim/models/EventLogModel.h"
 #include "sim/models/MeterModel.h"
 
 namespace halvor::sim {
@@ -20,11 +21,8 @@ std::unique_ptr<Model> make() {
 
 const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
   static const std::vector<Factory> table{
-      make<DemoModel>,
-      make<DeviceModel>,
-      make<AlarmModel>,
-      make<MeterModel>,
-      make<AudioInputModel>,
+      make<DemoModel>,  make<DeviceModel>,     make<AlarmModel>,
+      make<MeterModel>, make<AudioInputModel>, make<EventLogModel>,
   };
   return table;
 }

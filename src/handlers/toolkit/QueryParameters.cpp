@@ -17,13 +17,19 @@ std::string QueryParameters::required(const web::HttpRequestPtr& req, const std:
 
 std::optional<std::string> QueryParameters::optional(const web::HttpRequestPtr& req,
                                                      const std::string& name) {
-  std::unordered_map<std::string, std::string> query;
-  EdUrlParser::parseKeyValueMap(&query, req->query(), true);
+  const std::unordered_map<std::string, std::string> query = undecoded(req);
   const auto found = query.find(name);
   if (found == query.end()) {
     return std::nullopt;
   }
   return EdUrlParser::urlDecode(found->second);
+}
+
+std::unordered_map<std::string, std::string> QueryParameters::undecoded(
+    const web::HttpRequestPtr& req) {
+  std::unordered_map<std::string, std::string> query;
+  EdUrlParser::parseKeyValueMap(&query, req->query(), true);
+  return query;
 }
 
 }  // namespace halvor::kelo

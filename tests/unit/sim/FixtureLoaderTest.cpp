@@ -100,6 +100,14 @@ TEST(FixtureLoaderTest, SectionsOfModelsAreKeptAsWrittenAndOtherKeysRefused) {
   }
 }
 
+TEST(FixtureLoaderTest, ModelsToRunAreATextList) {
+  Fixture fixture = FixtureLoader::parse(R"({"models": ["eventlog", "meter"]})", "inline");
+  EXPECT_EQ((std::vector<std::string>{"eventlog", "meter"}), fixture.models);
+  EXPECT_TRUE(FixtureLoader::parse("{}", "inline").models.empty());
+  EXPECT_NE(std::string::npos, errorOf(R"({"models": "eventlog"})").find("\"models\""));
+  EXPECT_NE(std::string::npos, errorOf(R"({"models": [1]})").find("array of texts"));
+}
+
 TEST(FixtureLoaderTest, FileThatCannotBeReadIsNamed) {
   try {
     FixtureLoader::loadFile("/nonexistent/dir/fixture.json");

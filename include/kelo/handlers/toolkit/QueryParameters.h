@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <unordered_map>
 
 #include "kelo/web/HttpRequest.h"
 
@@ -18,6 +19,9 @@ class QueryParameters {
   static std::string required(const web::HttpRequestPtr& req, const std::string& name);
   static std::optional<std::string> optional(const web::HttpRequestPtr& req,
                                              const std::string& name);
+  // The whole query on the same strict parser, values still percent-coded, for the handlers
+  // that copy the query into links of their answer.
+  static std::unordered_map<std::string, std::string> undecoded(const web::HttpRequestPtr& req);
 };
 
 }  // namespace halvor::kelo

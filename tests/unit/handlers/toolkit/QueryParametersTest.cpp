@@ -45,5 +45,13 @@ TEST(QueryParametersTest, AValueThatDecodesToNothingIsStillAValue) {
   EXPECT_EQ(QueryParameters::required(withQuery("id=%zz"), "id"), "");
 }
 
+TEST(QueryParametersTest, TheUndecodedMapHasEveryStrictPairStillPercentCoded) {
+  const std::unordered_map<std::string, std::string> query =
+      QueryParameters::undecoded(withQuery("path=%2Fa&x=1&empty=&x=2&=v"));
+  const std::unordered_map<std::string, std::string> expected{{"path", "%2Fa"}, {"x", "2"}};
+  EXPECT_EQ(query, expected);
+  EXPECT_TRUE(QueryParameters::undecoded(withQuery("")).empty());
+}
+
 }  // namespace
 }  // namespace halvor::kelo::test
