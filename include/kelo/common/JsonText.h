@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace halvor::kelo {
+
+// The pieces of JSON text that protobuf's printer writes for texts, numbers and bytes, written
+// the same way without it. Each append either writes exactly protobuf's text or, where that
+// text needs rules it does not follow, returns false; out is then in an unspecified state and
+// the caller hands the whole message to protobuf's printer.
+class JsonText {
+ public:
+  JsonText() = delete;
+
+  // A quoted text. Printable ASCII only, where protobuf's escaping is plain: '"' and '\\' get a
+  // backslash, '<' and '>' become \u003c and \u003e. False for control characters and every
+  // byte above 0x7e, where its rules grow (UTF-8 checks, format characters).
+  static bool appendString(std::string_view text, std::string& out);
+  // The shortest text that reads back as the same number, by protobuf's rule; false when the
+  // number is not finite.
+  static bool appendFloat(float value, std::string& out);
+  static bool appendDouble(double value, std::string& out);
+  // Standard base64 with padding, quoted.
+  static void appendBytes(std::string_view bytes, std::string& out);
+};
+
+}  // namespace halvor::kelo
