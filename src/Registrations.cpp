@@ -2,7 +2,9 @@
 
 #include "kelo/BackgroundTaskQueue.h"
 #include "kelo/WebKeloInterface.h"
+#include "kelo/handlers/http/audio/AudioRoutes.h"
 #include "kelo/handlers/http/generic/GenericRoutes.h"
+#include "kelo/handlers/http/meters/MeterRoutes.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsRoutes.h"
 
@@ -17,6 +19,8 @@ void Registrations::registerPluginTypes(web::HttpAppFramework& application) {
 void Registrations::registerRoutes(web::HttpAppFramework& application) {
   // Each family of handlers adds its register function here.
   GenericRoutes::registerGenericRoutes(application);
+  MeterRoutes::registerMeterRoutes(application);
+  AudioRoutes::registerAudioRoutes(application);
   WsRoutes::registerWsRoutes(application);
 }
 

@@ -1,7 +1,9 @@
 #include "sim/models/ModelRegistry.h"
 
 #include "sim/SimTavel.h"
+#include "sim/models/AudioInputModel.h"
 #include "sim/models/DemoModel.h"
+#include "sim/models/MeterModel.h"
 
 namespace halvor::sim {
 
@@ -17,6 +19,8 @@ std::unique_ptr<Model> make() {
 const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
   static const std::vector<Factory> table{
       make<DemoModel>,
+      make<MeterModel>,
+      make<AudioInputModel>,
   };
   return table;
 }

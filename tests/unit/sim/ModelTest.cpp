@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <mutex>
 
@@ -124,7 +125,8 @@ TEST(ModelTest, InstallAllPutsEveryModelOfTheRegistryOnTheHost) {
   SimTavel host(HostWithUsers::quietOptions());
   ModelRegistry::installAll(host);
   EXPECT_EQ(ModelRegistry::names(), host.modelNames());
-  EXPECT_EQ(std::vector<std::string>{"demo"}, host.modelNames());
+  const std::vector<std::string> names = host.modelNames();
+  EXPECT_NE(std::find(names.begin(), names.end(), "demo"), names.end());
   EXPECT_TRUE(host.peek(DemoModel::kCounterPath).has_value());
 }
 
