@@ -1,8 +1,8 @@
 // The JSON printing of the dashboard alone: a MeterCollectionList of one collection, 4 groups
-// and 100 meters shaped like the demo's (a Double reading, units, limits, label, digits and
-// device), printed by JsonOptions::toJson (the shared walk) and by protobuf's printer
-// (JsonOptions::protobufJson), each on its own. Prints the CPU time per print of each, and
-// whether both texts are equal.
+// and 100 meters shaped like the demo's (a Double reading, units, a quarter of them "°C",
+// limits, label, digits and device), printed by JsonOptions::toJson (the shared walk) and by
+// protobuf's printer (JsonOptions::protobufJson), each on its own. Prints the CPU time per print of
+// each, and whether both texts are equal.
 //
 // Usage: bench-monitoring-print [ROUNDS]   (default 2000; protobuf's printer gets a tenth)
 #include <cstdlib>
@@ -35,7 +35,7 @@ MeterCollectionList demoShapedList() {
       auto& reading = (*meter.mutable_value()->mutable_values())["value"];
       reading.mutable_doublevalue()->set_value(123.456 + m * 0.37);
       reading.set_type(halvor::protobuf::ResourceValue::DOUBLE);
-      meter.mutable_units()->set_value("dBm");
+      meter.mutable_units()->set_value(g == 3 ? "\u00b0C" : "dBm");
       meter.mutable_min()->set_value(0);
       meter.mutable_max()->set_value(1000);
       meter.mutable_label()->set_value("Forward power " + std::to_string(m));

@@ -38,8 +38,15 @@ bool JsonText::appendString(std::string_view text, std::string& out) {
   out += '"';
   std::size_t plain = 0;  // the start of the run of characters that need no escape
   for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (c < 0x20 || c > 0x7e) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    if (c >= 0x80) {
+      if (!isPlainTwoByteCharacter(text, i)) {
+        return false;
+      }
+      ++i;  // both bytes go out as they are
+      continue;
+    }
+    if (c < 0x20 || c == 0x7f) {
       return false;
     }
     const char* escaped = nullptr;
@@ -66,6 +73,24 @@ bool JsonText::appendString(std::string_view text, std::string& out) {
   out.append(text.data() + plain, text.size() - plain);
   out += '"';
   return true;
+}
+
+// A well-formed two-byte UTF-8 sequence at `at` (U+0080 to U+07FF) that protobuf prints as it
+// stands: from U+00A0 on (below are control characters, which it escapes), except the soft
+// hyphen and the Arabic and Syriac format characters, which it escapes too. "°C" and "µs" are
+// of this kind; longer sequences, where its rules grow, are left to it.
+bool JsonText::isPlainTwoByteCharacter(std::string_view text, std::size_t at) {
+  if (at + 1 >= text.size()) {
+    return false;
+  }
+  const auto lead = static_cast<unsigned char>(text[at]);
+  const auto trail = static_cast<unsigned char>(text[at + 1]);
+  if (lead < 0xc2 || lead > 0xdf || (trail & 0xc0) != 0x80) {
+    return false;
+  }
+  const unsigned codePoint = ((lead & 0x1fu) << 6) | (trail & 0x3fu);
+  return codePoint >= 0xa0 && codePoint != 0xad && !(codePoint >= 0x600 && codePoint <= 0x603) &&
+         codePoint != 0x6dd && codePoint != 0x70f;
 }
 
 bool JsonText::appendFloat(float value, std::string& out) {

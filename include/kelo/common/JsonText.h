@@ -13,9 +13,10 @@ class JsonText {
  public:
   JsonText() = delete;
 
-  // A quoted text. Printable ASCII only, where protobuf's escaping is plain: '"' and '\\' get a
-  // backslash, '<' and '>' become \u003c and \u003e. False for control characters and every
-  // byte above 0x7e, where its rules grow (UTF-8 checks, format characters).
+  // A quoted text. Printable ASCII and the common two-byte UTF-8 characters, where protobuf's
+  // escaping is plain: '"' and '\\' get a backslash, '<' and '>' become \u003c and \u003e,
+  // the rest stays as it is. False for control characters, malformed UTF-8, the few two-byte
+  // characters that protobuf escapes and every longer UTF-8 sequence, where its rules grow.
   static bool appendString(std::string_view text, std::string& out);
   // The shortest text that reads back as the same number, by protobuf's rule; false when the
   // number is not finite.
@@ -23,6 +24,9 @@ class JsonText {
   static bool appendDouble(double value, std::string& out);
   // Standard base64 with padding, quoted.
   static void appendBytes(std::string_view bytes, std::string& out);
+
+ private:
+  static bool isPlainTwoByteCharacter(std::string_view text, std::size_t at);
 };
 
 }  // namespace halvor::kelo

@@ -72,7 +72,7 @@ TEST(MeterJsonWriterTest, RandomMeterTreesPrintAsProtobufPrintsThem) {
 
 TEST(MeterJsonWriterTest, LeavesNonAsciiTextsAndNonFiniteNumbersToProtobuf) {
   protobuf::Meter text = forwardPower();
-  text.mutable_label()->set_value("Vorlauf Leistung \xc3\xa4");
+  text.mutable_label()->set_value("Forward \u2192 antenna");
   protobuf::Meter number = forwardPower();
   number.mutable_max()->set_value(std::numeric_limits<double>::infinity());
   for (const protobuf::Meter* meter : {&text, &number}) {

@@ -226,7 +226,7 @@ TEST(ResourceJsonWriterTest, PlainResourceIsWalked) {
 
 TEST(ResourceJsonWriterTest, LeavesNonAsciiTextAndNonFiniteNumbersToProtobuf) {
   protobuf::Resource text;
-  (*text.mutable_values())["name"].mutable_stringvalue()->set_value("Sänder");
+  (*text.mutable_values())["name"].mutable_stringvalue()->set_value("S\u00e4nder \u2192 2");
   std::string out;
   EXPECT_FALSE(ResourceJsonWriter::tryPrint(text, out));
   EXPECT_EQ(ResourceJsonWriter::print(text), JsonOptions::protobufJson(text));
