@@ -80,12 +80,18 @@ bool matchTokens(const std::vector<Token>& tokens, std::string_view text) {
 
 GlobMatcher::GlobMatcher(std::string pattern) : pattern_(std::move(pattern)) {}
 
-bool GlobMatcher::match(const std::string& text) const {
-  return matchTokens(tokenize(pattern_), text);
-}
+bool GlobMatcher::match(const std::string& text) const { return matches(pattern_, text); }
 
 bool GlobMatcher::globMatch(const char* pattern, const char* text) {
   if (pattern == nullptr || text == nullptr) return false;
+  return matches(pattern, text);
+}
+
+// The patterns met most, a plain path and "**" (every path), are answered without the state
+// machine and its allocations.
+bool GlobMatcher::matches(std::string_view pattern, std::string_view text) {
+  if (pattern.find('*') == std::string_view::npos) return pattern == text;
+  if (pattern.size() >= 2 && pattern.find_first_not_of('*') == std::string_view::npos) return true;
   return matchTokens(tokenize(pattern), text);
 }
 
