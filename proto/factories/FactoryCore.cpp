@@ -33,14 +33,24 @@ struct Target {
   const std::string& key;
 };
 
-// Every message of protobuf's wrappers file is a wrapper; the file is compared, not the names.
-bool isWrapper(const Descriptor& type) {
-  return type.file() == google::protobuf::StringValue::descriptor()->file();
+// The descriptors that every field is compared with, looked up once: each lookup of a
+// generated descriptor passes protobuf's once-only initialisation check.
+struct KnownTypes {
+  const FileDescriptor* wrappers = google::protobuf::StringValue::descriptor()->file();
+  const Descriptor* timestamp = google::protobuf::Timestamp::descriptor();
+  const Descriptor* resourceValue = ResourceValue::descriptor();
+  const Descriptor* resource = Resource::descriptor();
+};
+
+const KnownTypes& known() {
+  static const KnownTypes types;
+  return types;
 }
 
-bool isTimestamp(const Descriptor& type) {
-  return &type == google::protobuf::Timestamp::descriptor();
-}
+// Every message of protobuf's wrappers file is a wrapper; the file is compared, not the names.
+bool isWrapper(const Descriptor& type) { return type.file() == known().wrappers; }
+
+bool isTimestamp(const Descriptor& type) { return &type == known().timestamp; }
 
 [[noreturn]] void mismatch(const Target& target, const HostValue& value,
                            const std::string& accepted) {
@@ -178,7 +188,7 @@ std::unique_ptr<Message> fieldMessageOf(const Target& target, const Message& pro
     assignScalar(target, *made, *type.FindFieldByNumber(1), value);
   } else if (isTimestamp(type)) {
     made->CopyFrom(timestampOf(target, value));
-  } else if (&type == ResourceValue::descriptor()) {
+  } else if (&type == known().resourceValue) {
     made->CopyFrom(kelo::ResourceConverter::toHalvorPbResourceValue(value));
   } else {
     // A Resource of one value holds it under "value", as the host's own resources do.
@@ -207,8 +217,8 @@ bool FactoryCore::isReadable(const FieldDescriptor& field) {
   if (field.is_repeated()) return false;
   if (field.cpp_type() != FieldDescriptor::CPPTYPE_MESSAGE) return true;
   const Descriptor& type = *field.message_type();
-  return isWrapper(type) || isTimestamp(type) || &type == ResourceValue::descriptor() ||
-         &type == Resource::descriptor();
+  return isWrapper(type) || isTimestamp(type) || &type == known().resourceValue ||
+         &type == known().resource;
 }
 
 void FactoryCore::assign(Message& message, const FieldDescriptor& field, const HostValue& value,
