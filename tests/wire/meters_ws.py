@@ -1,12 +1,12 @@
 #!/usr/bin/python3
 """meters_ws.py TAVEL_SIM LIBKELO REPO: "/1/ws/meters/group" over the wire.
 
-Part one, without the simulator's models and with a fixture of a small meter tree: a subscriber
+First without the simulator's models and with a fixture of a small meter tree: a subscriber
 of an amplifier group gets a frame of length zero first, then one binary Meter for each change
 made through "/1/api/resource" to a meter below the group, one level down or three, and nothing
 for a meter of another group or for the group's own resource. A connection without "path"
 (missing, empty) gets no frame and leaves "Error sending initial message: " in the log; a
-percent-encoded path works as the plain one. Part two, with the demo's models: the moving meter
+percent-encoded path works as the plain one. Then, with the demo's models: the moving meter
 tree pushes every meter of a group, and the REST reading of the same group names the same meters.
 Exit status 0 when every check passed.
 """
@@ -167,9 +167,16 @@ def fixed_tree(sim, checks, m):
     checks.check("a change of the group's own resource is not pushed",
                  receive_for(group, 0.8) == [], "")
 
+    unknown = connect(sim, "/1/ws/meters/group?path=%2Fmeters%2Fno%2Fsuch")
+    _, unknown_first = unknown.recv_data()
+    checks.check("a group path the host lacks still gets the empty first frame",
+                 unknown_first == b"", repr(unknown_first))
+    checks.check("and then nothing", receive_for(unknown, 0.5) == [], "")
+    unknown.close()
+
     for query, name in (("", "missing"), ("?path=", "empty")):
         silent = connect(sim, "/1/ws/meters/group" + query)
-        checks.check("a %s path gets no frame and stays open" % name,
+        checks.check("a path that is %s gets no frame and the socket stays open" % name,
                      receive_for(silent, 0.8) == [] and silent.connected, "")
         silent.close()
     time.sleep(0.3)

@@ -18,14 +18,14 @@ using tavelabi::Resource;
 using tavelabi::ResourceAction;
 using tavelabi::ResourceValue;
 using tavelabi::ResourceValueType;
-using Kind = MeterSpec::Kind;
+using Kind = MeterDefinition::Kind;
 
 namespace {
 
-template <class Spec>
-std::vector<std::string> pathsOf(const std::vector<Spec>& children) {
+template <class Definition>
+std::vector<std::string> pathsOf(const std::vector<Definition>& children) {
   std::vector<std::string> paths;
-  for (const Spec& child : children) paths.push_back(child.path);
+  for (const Definition& child : children) paths.push_back(child.path);
   return paths;
 }
 
@@ -43,7 +43,7 @@ ResourceValueType typeOf(Kind kind) {
   return ResourceValueType::DOUBLE;
 }
 
-ResourceValue nominalReading(const MeterSpec& meter) {
+ResourceValue nominalReading(const MeterDefinition& meter) {
   switch (meter.kind) {
     case Kind::Int32:
       return ResourceValue(static_cast<int>(meter.nominal));
@@ -88,12 +88,12 @@ void MeterModel::applyFixture(const Json::Value& section) {
 void MeterModel::seed() {
   const Settings now = settings();
   std::vector<std::string> collections;
-  for (const MeterCollectionSpec& collection : MeterTree::demo()) {
+  for (const MeterCollectionDefinition& collection : MeterTree::demo()) {
     collections.push_back(collection.path);
     host().createIfAbsent(collection.path, collectionResource(collection));
-    for (const MeterGroupSpec& group : collection.groups) {
+    for (const MeterGroupDefinition& group : collection.groups) {
       host().createIfAbsent(group.path, groupResource(group));
-      for (const MeterSpec& meter : group.meters) {
+      for (const MeterDefinition& meter : group.meters) {
         if (now.unreadable.count(meter.path) == 0) {
           host().createIfAbsent(meter.path, meterResource(meter));
         }
@@ -113,17 +113,17 @@ void MeterModel::tick(const tavelabi::TimePoint& now) {
   }
   if (now - lastUpdate_ < current.interval) return;
   lastUpdate_ = now;
-  for (const MeterSpec* meter : MeterTree::meters()) move(*meter);
+  for (const MeterDefinition* meter : MeterTree::meters()) move(*meter);
 }
 
-Resource MeterModel::collectionResource(const MeterCollectionSpec& collection) {
+Resource MeterModel::collectionResource(const MeterCollectionDefinition& collection) {
   Resource resource(ResourceValue(pathsOf(collection.groups)));
   resource.values["label"] = ResourceValue(collection.label);
   resource.values["path"] = ResourceValue(collection.path);
   return resource;
 }
 
-Resource MeterModel::groupResource(const MeterGroupSpec& group) {
+Resource MeterModel::groupResource(const MeterGroupDefinition& group) {
   Resource resource(ResourceValue(pathsOf(group.meters)));
   resource.values["guid"] = ResourceValue(MeterTree::guidOf(group.path));
   resource.values["label"] = ResourceValue(group.label);
@@ -131,7 +131,7 @@ Resource MeterModel::groupResource(const MeterGroupSpec& group) {
   return resource;
 }
 
-Resource MeterModel::meterResource(const MeterSpec& meter) {
+Resource MeterModel::meterResource(const MeterDefinition& meter) {
   Resource resource(nominalReading(meter));
   resource.values["guid"] = ResourceValue(MeterTree::guidOf(meter.path));
   resource.values["path"] = ResourceValue(meter.path);
@@ -161,7 +161,7 @@ void MeterModel::makeUnreadable(const std::string& path) {
 
 // The next reading goes on from the stored one, so that a value a fixture or a client stored is
 // where the drift starts. A reading of another type than the meter's is left alone.
-void MeterModel::move(const MeterSpec& meter) {
+void MeterModel::move(const MeterDefinition& meter) {
   const std::optional<Resource> stored = host().peek(meter.path);
   if (!stored) return;
   const auto value = stored->values.find("value");
@@ -175,7 +175,7 @@ void MeterModel::move(const MeterSpec& meter) {
   }
 }
 
-ResourceValue MeterModel::nextReading(const MeterSpec& meter, const ResourceValue& stored) {
+ResourceValue MeterModel::nextReading(const MeterDefinition& meter, const ResourceValue& stored) {
   switch (meter.kind) {
     case Kind::Double:
       return ResourceValue(drift(meter, stored.getDoubleValue()));
@@ -189,7 +189,7 @@ ResourceValue MeterModel::nextReading(const MeterSpec& meter, const ResourceValu
 }
 
 // A step of a random walk that is pulled back towards the nominal reading and kept in range.
-double MeterModel::drift(const MeterSpec& meter, double current) {
+double MeterModel::drift(const MeterDefinition& meter, double current) {
   std::normal_distribution<double> noise(0.0, meter.step);
   const double next = current + 0.1 * (meter.nominal - current) + noise(random_);
   return std::clamp(next, meter.min, meter.max);

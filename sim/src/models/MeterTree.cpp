@@ -7,11 +7,11 @@ namespace halvor::sim {
 
 namespace {
 
-using Kind = MeterSpec::Kind;
+using Kind = MeterDefinition::Kind;
 
-MeterSpec number(std::string path, std::string label, std::string units, double nominal,
-                 double step, double min, double max, int digits) {
-  MeterSpec meter;
+MeterDefinition number(std::string path, std::string label, std::string units, double nominal,
+                       double step, double min, double max, int digits) {
+  MeterDefinition meter;
   meter.path = std::move(path);
   meter.label = std::move(label);
   meter.units = std::move(units);
@@ -24,45 +24,46 @@ MeterSpec number(std::string path, std::string label, std::string units, double 
   return meter;
 }
 
-MeterSpec count(std::string path, std::string label, std::string units, int nominal, int step,
-                int min, int max) {
-  MeterSpec meter =
+MeterDefinition count(std::string path, std::string label, std::string units, int nominal, int step,
+                      int min, int max) {
+  MeterDefinition meter =
       number(std::move(path), std::move(label), std::move(units), nominal, step, min, max, 0);
   meter.kind = Kind::Int32;
   return meter;
 }
 
-MeterSpec status(std::string path, std::string label, bool flag) {
-  MeterSpec meter = number(std::move(path), std::move(label), "", 0, 0, 0, 1, 0);
+MeterDefinition status(std::string path, std::string label, bool flag) {
+  MeterDefinition meter = number(std::move(path), std::move(label), "", 0, 0, 0, 1, 0);
   meter.kind = Kind::Bool;
   meter.flag = flag;
   return meter;
 }
 
-MeterSpec text(std::string path, std::string label, std::string value) {
-  MeterSpec meter = number(std::move(path), std::move(label), "", 0, 0, 0, 0, 0);
+MeterDefinition text(std::string path, std::string label, std::string value) {
+  MeterDefinition meter = number(std::move(path), std::move(label), "", 0, 0, 0, 0, 0);
   meter.kind = Kind::Text;
   meter.text = std::move(value);
   return meter;
 }
 
-MeterSpec ofDevice(MeterSpec meter, std::string name, std::string id) {
+MeterDefinition ofDevice(MeterDefinition meter, std::string name, std::string id) {
   meter.deviceName = std::move(name);
   meter.deviceId = std::move(id);
   return meter;
 }
 
 // Names the device of every meter of the group that names none yet.
-MeterGroupSpec ofDevice(MeterGroupSpec group, const std::string& name, const std::string& id) {
-  for (MeterSpec& meter : group.meters) {
+MeterGroupDefinition ofDevice(MeterGroupDefinition group, const std::string& name,
+                              const std::string& id) {
+  for (MeterDefinition& meter : group.meters) {
     if (meter.deviceName.empty()) meter = ofDevice(std::move(meter), name, id);
   }
   return group;
 }
 
-MeterCollectionSpec rfOutput() {
+MeterCollectionDefinition rfOutput() {
   const std::string g = "/meters/rf/output";
-  MeterGroupSpec output{
+  MeterGroupDefinition output{
       g,
       "Transmitter output",
       {number(g + "/forwardPower", "Forward power", "W", 5000, 15, 0, 6000, 0),
@@ -78,7 +79,7 @@ MeterCollectionSpec rfOutput() {
   return {"/meters/rf/list", "RF output", {output}};
 }
 
-MeterGroupSpec exciter(int n) {
+MeterGroupDefinition exciter(int n) {
   const std::string id = std::to_string(n);
   const std::string g = "/meters/exciters/exciter" + id;
   return ofDevice({g,
@@ -91,10 +92,10 @@ MeterGroupSpec exciter(int n) {
                   "exciter", id);
 }
 
-MeterGroupSpec amplifier(int n) {
+MeterGroupDefinition amplifier(int n) {
   const std::string id = std::to_string(n);
   const std::string g = "/meters/amplifiers/amplifier" + id;
-  MeterGroupSpec group{
+  MeterGroupDefinition group{
       g, "Amplifier " + id, {number(g + "/outputPower", "Output power", "W", 1250, 5, 0, 1600, 0)}};
   for (const std::string module : {"1", "2"}) {
     const std::string m = g + "/module" + module;
@@ -113,7 +114,7 @@ MeterGroupSpec amplifier(int n) {
   return ofDevice(group, "amplifier", id);
 }
 
-MeterGroupSpec powerSupply(int n) {
+MeterGroupDefinition powerSupply(int n) {
   const std::string id = std::to_string(n);
   const std::string g = "/meters/powersupplies/powersupply" + id;
   return ofDevice(
@@ -127,7 +128,7 @@ MeterGroupSpec powerSupply(int n) {
       "powersupply", id);
 }
 
-MeterGroupSpec fan(int n) {
+MeterGroupDefinition fan(int n) {
   const std::string id = std::to_string(n);
   const std::string g = "/meters/fans/fan" + id;
   return ofDevice({g,
@@ -138,7 +139,7 @@ MeterGroupSpec fan(int n) {
                   "fan", id);
 }
 
-MeterGroupSpec stereoInput(const std::string& name, const std::string& label) {
+MeterGroupDefinition stereoInput(const std::string& name, const std::string& label) {
   const std::string g = "/meters/audio/" + name;
   return {g,
           label,
@@ -146,24 +147,25 @@ MeterGroupSpec stereoInput(const std::string& name, const std::string& label) {
            number(g + "/right", "Right", "dBFS", -18, 1.5, -60, 0, 1)}};
 }
 
-MeterCollectionSpec audio() {
+MeterCollectionDefinition audio() {
   const std::string g = "/meters/audio/mpx";
-  MeterGroupSpec mpx{g,
-                     "MPX",
-                     {number(g + "/deviation", "Total deviation", "kHz", 68, 1.5, 0, 100, 1),
-                      number(g + "/pilot", "Pilot injection", "%", 9, 0.05, 0, 12, 1),
-                      number(g + "/rds", "RDS injection", "%", 4, 0.05, 0, 10, 1),
-                      number(g + "/power", "MPX power", "dBr", 0, 0.2, -12, 6, 1)}};
-  MeterCollectionSpec collection{"/meters/audio/list",
-                                 "Audio",
-                                 {stereoInput("analog", "Analog input"),
-                                  stereoInput("aes1", "AES 1"), stereoInput("aes2", "AES 2"), mpx}};
-  for (MeterGroupSpec& group : collection.groups) group = ofDevice(group, "exciter", "1");
+  MeterGroupDefinition mpx{g,
+                           "MPX",
+                           {number(g + "/deviation", "Total deviation", "kHz", 68, 1.5, 0, 100, 1),
+                            number(g + "/pilot", "Pilot injection", "%", 9, 0.05, 0, 12, 1),
+                            number(g + "/rds", "RDS injection", "%", 4, 0.05, 0, 10, 1),
+                            number(g + "/power", "MPX power", "dBr", 0, 0.2, -12, 6, 1)}};
+  MeterCollectionDefinition collection{
+      "/meters/audio/list",
+      "Audio",
+      {stereoInput("analog", "Analog input"), stereoInput("aes1", "AES 1"),
+       stereoInput("aes2", "AES 2"), mpx}};
+  for (MeterGroupDefinition& group : collection.groups) group = ofDevice(group, "exciter", "1");
   return collection;
 }
 
 // Readings of the cabinet name no device at all.
-MeterCollectionSpec cabinet() {
+MeterCollectionDefinition cabinet() {
   const std::string g = "/meters/cabinet/environment";
   return {
       "/meters/cabinet/list",
@@ -177,8 +179,8 @@ MeterCollectionSpec cabinet() {
 }
 
 template <class Make>
-MeterCollectionSpec numbered(std::string path, std::string label, int count, Make make) {
-  MeterCollectionSpec collection{std::move(path), std::move(label), {}};
+MeterCollectionDefinition numbered(std::string path, std::string label, int count, Make make) {
+  MeterCollectionDefinition collection{std::move(path), std::move(label), {}};
   for (int n = 1; n <= count; ++n) collection.groups.push_back(make(n));
   return collection;
 }
@@ -193,8 +195,8 @@ std::uint64_t fnv1a(const std::string& text, std::uint64_t hash) {
 
 }  // namespace
 
-const std::vector<MeterCollectionSpec>& MeterTree::demo() {
-  static const std::vector<MeterCollectionSpec> tree{
+const std::vector<MeterCollectionDefinition>& MeterTree::demo() {
+  static const std::vector<MeterCollectionDefinition> tree{
       rfOutput(),
       numbered("/meters/exciters/list", "Exciters", 2, exciter),
       numbered("/meters/amplifiers/list", "Power amplifiers", 4, amplifier),
@@ -210,11 +212,11 @@ const std::vector<MeterCollectionSpec>& MeterTree::demo() {
   return tree;
 }
 
-std::vector<const MeterSpec*> MeterTree::meters() {
-  std::vector<const MeterSpec*> all;
-  for (const MeterCollectionSpec& collection : demo()) {
-    for (const MeterGroupSpec& group : collection.groups) {
-      for (const MeterSpec& meter : group.meters) all.push_back(&meter);
+std::vector<const MeterDefinition*> MeterTree::meters() {
+  std::vector<const MeterDefinition*> all;
+  for (const MeterCollectionDefinition& collection : demo()) {
+    for (const MeterGroupDefinition& group : collection.groups) {
+      for (const MeterDefinition& meter : group.meters) all.push_back(&meter);
     }
   }
   return all;

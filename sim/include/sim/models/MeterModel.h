@@ -37,9 +37,9 @@ class MeterModel : public Model {
   void tick(const tavelabi::TimePoint& now) override;
 
   // The resources that seed() creates, for tests.
-  static tavelabi::Resource collectionResource(const MeterCollectionSpec& collection);
-  static tavelabi::Resource groupResource(const MeterGroupSpec& group);
-  static tavelabi::Resource meterResource(const MeterSpec& meter);
+  static tavelabi::Resource collectionResource(const MeterCollectionDefinition& collection);
+  static tavelabi::Resource groupResource(const MeterGroupDefinition& group);
+  static tavelabi::Resource meterResource(const MeterDefinition& meter);
 
  private:
   struct Settings {
@@ -50,10 +50,10 @@ class MeterModel : public Model {
 
   Settings settings() const;
   void makeUnreadable(const std::string& path);
-  void move(const MeterSpec& meter);
-  tavelabi::ResourceValue nextReading(const MeterSpec& meter,
+  void move(const MeterDefinition& meter);
+  tavelabi::ResourceValue nextReading(const MeterDefinition& meter,
                                       const tavelabi::ResourceValue& stored);
-  double drift(const MeterSpec& meter, double current);
+  double drift(const MeterDefinition& meter, double current);
 
   mutable std::mutex mutex_;
   Settings settings_;

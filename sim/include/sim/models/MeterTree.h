@@ -7,7 +7,7 @@ namespace halvor::sim {
 
 // One meter of the demo transmitter: what it measures, how it is shown, and how its reading
 // moves. Numbers drift around `nominal` by about `step` per update, never leaving [min, max].
-struct MeterSpec {
+struct MeterDefinition {
   enum class Kind { Double, Int32, Bool, Text };
 
   std::string path;
@@ -28,17 +28,17 @@ struct MeterSpec {
 };
 
 // A group of meters; its meters may lie more than one level below the group's path.
-struct MeterGroupSpec {
+struct MeterGroupDefinition {
   std::string path;
   std::string label;
-  std::vector<MeterSpec> meters;
+  std::vector<MeterDefinition> meters;
 };
 
 // A collection; `path` ends in "/list" and its groups lie below the same folder.
-struct MeterCollectionSpec {
+struct MeterCollectionDefinition {
   std::string path;
   std::string label;
-  std::vector<MeterGroupSpec> groups;
+  std::vector<MeterGroupDefinition> groups;
 };
 
 // The meter tree of the demo transmitter: RF output, exciters, amplifiers, power supplies,
@@ -47,9 +47,9 @@ class MeterTree {
  public:
   MeterTree() = delete;
 
-  static const std::vector<MeterCollectionSpec>& demo();
+  static const std::vector<MeterCollectionDefinition>& demo();
   // Every meter of demo(), in list order.
-  static std::vector<const MeterSpec*> meters();
+  static std::vector<const MeterDefinition*> meters();
   // A stable GUID for a path, in the 8-4-4-4-12 hex form the transmitter uses.
   static std::string guidOf(const std::string& path);
 };
