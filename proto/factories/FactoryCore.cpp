@@ -2,11 +2,11 @@
 
 #include <google/protobuf/timestamp.pb.h>
 #include <google/protobuf/util/time_util.h>
+#include <google/protobuf/wrappers.pb.h>
 
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -33,15 +33,24 @@ struct Target {
   const std::string& key;
 };
 
-bool isWrapper(const Descriptor& type) {
-  static const std::set<std::string> kWrappers = {
-      "google.protobuf.BoolValue",   "google.protobuf.Int32Value",  "google.protobuf.Int64Value",
-      "google.protobuf.UInt32Value", "google.protobuf.UInt64Value", "google.protobuf.FloatValue",
-      "google.protobuf.DoubleValue", "google.protobuf.StringValue", "google.protobuf.BytesValue"};
-  return kWrappers.count(type.full_name()) != 0;
+// The descriptors that every field is compared with, looked up once: each lookup of a
+// generated descriptor passes protobuf's once-only initialisation check.
+struct KnownTypes {
+  const FileDescriptor* wrappers = google::protobuf::StringValue::descriptor()->file();
+  const Descriptor* timestamp = google::protobuf::Timestamp::descriptor();
+  const Descriptor* resourceValue = ResourceValue::descriptor();
+  const Descriptor* resource = Resource::descriptor();
+};
+
+const KnownTypes& known() {
+  static const KnownTypes types;
+  return types;
 }
 
-bool isTimestamp(const Descriptor& type) { return type.full_name() == "google.protobuf.Timestamp"; }
+// Every message of protobuf's wrappers file is a wrapper; the file is compared, not the names.
+bool isWrapper(const Descriptor& type) { return type.file() == known().wrappers; }
+
+bool isTimestamp(const Descriptor& type) { return &type == known().timestamp; }
 
 [[noreturn]] void mismatch(const Target& target, const HostValue& value,
                            const std::string& accepted) {
@@ -179,7 +188,7 @@ std::unique_ptr<Message> fieldMessageOf(const Target& target, const Message& pro
     assignScalar(target, *made, *type.FindFieldByNumber(1), value);
   } else if (isTimestamp(type)) {
     made->CopyFrom(timestampOf(target, value));
-  } else if (&type == ResourceValue::descriptor()) {
+  } else if (&type == known().resourceValue) {
     made->CopyFrom(kelo::ResourceConverter::toHalvorPbResourceValue(value));
   } else {
     // A Resource of one value holds it under "value", as the host's own resources do.
@@ -190,14 +199,26 @@ std::unique_ptr<Message> fieldMessageOf(const Target& target, const Message& pro
   return made;
 }
 
+// The field's only key, its JSON name.
+const HostValue* findKey(const std::string& candidate, const tavelabi::Resource& resource,
+                         const FactoryRules& rules, std::string* key) {
+  const auto found = resource.values.find(candidate);
+  if (found != resource.values.end()) {
+    *key = candidate;
+    return &found->second;
+  }
+  if (rules.keysRequired) throw std::out_of_range("map::at");
+  return nullptr;
+}
+
 }  // namespace
 
 bool FactoryCore::isReadable(const FieldDescriptor& field) {
   if (field.is_repeated()) return false;
   if (field.cpp_type() != FieldDescriptor::CPPTYPE_MESSAGE) return true;
   const Descriptor& type = *field.message_type();
-  return isWrapper(type) || isTimestamp(type) || &type == ResourceValue::descriptor() ||
-         &type == Resource::descriptor();
+  return isWrapper(type) || isTimestamp(type) || &type == known().resourceValue ||
+         &type == known().resource;
 }
 
 void FactoryCore::assign(Message& message, const FieldDescriptor& field, const HostValue& value,
@@ -212,9 +233,10 @@ void FactoryCore::assign(Message& message, const FieldDescriptor& field, const H
     return;
   }
   const Reflection& reflection = *message.GetReflection();
-  const std::unique_ptr<Message> made =
+  std::unique_ptr<Message> made =
       fieldMessageOf(target, reflection.GetMessage(message, &field), value);
-  reflection.MutableMessage(&message, &field)->CopyFrom(*made);
+  // The field takes the message that was made, instead of a copy of it.
+  reflection.SetAllocatedMessage(&message, made.release(), &field);
 }
 
 const FieldDescriptor& FactoryCore::fieldNamed(const Descriptor& descriptor,
@@ -230,9 +252,10 @@ const FieldDescriptor& FactoryCore::fieldNamed(const Descriptor& descriptor,
 const HostValue* FactoryCore::findValue(const FieldDescriptor& field, const FactoryRules& rules,
                                         const tavelabi::Resource& resource, std::string* key) {
   const auto aliases = rules.keys.find(field.name());
-  const std::vector<std::string> keys =
-      aliases != rules.keys.end() ? aliases->second : std::vector<std::string>{field.json_name()};
-  for (const std::string& candidate : keys) {
+  if (aliases == rules.keys.end()) {
+    return findKey(field.json_name(), resource, rules, key);
+  }
+  for (const std::string& candidate : aliases->second) {
     const auto found = resource.values.find(candidate);
     if (found != resource.values.end()) {
       *key = candidate;

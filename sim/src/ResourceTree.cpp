@@ -78,9 +78,9 @@ std::vector<std::string> ResourceTree::list(const std::string& glob) const {
   tavelabi::GlobMatcher matcher(glob);
   std::vector<std::string> paths;
   std::shared_lock lock(mutex_);
-  for (const auto& entry : resources_) {
-    if (matcher.match(entry.first)) paths.push_back(entry.first);
-  }
+  forEachCandidate(glob, [&](const std::string& path, const Resource&) {
+    if (matcher.match(path)) paths.push_back(path);
+  });
   return paths;
 }
 
@@ -88,10 +88,21 @@ Resource ResourceTree::readGlob(const std::string& glob) const {
   tavelabi::GlobMatcher matcher(glob);
   Resource matches;
   std::shared_lock lock(mutex_);
-  for (const auto& [path, resource] : resources_) {
+  forEachCandidate(glob, [&](const std::string& path, const Resource& resource) {
     if (matcher.match(path)) matches.values.emplace(path, tavelabi::ResourceValue(resource.values));
-  }
+  });
   return matches;
+}
+
+// A path can only match when it starts with the glob's text before its first star, and the
+// paths that do are one run of the ordered map: the others are not even looked at.
+template <typename Visit>
+void ResourceTree::forEachCandidate(const std::string& glob, const Visit& visit) const {
+  const std::string prefix = glob.substr(0, glob.find('*'));
+  for (auto entry = resources_.lower_bound(prefix);
+       entry != resources_.end() && entry->first.compare(0, prefix.size(), prefix) == 0; ++entry) {
+    visit(entry->first, entry->second);
+  }
 }
 
 std::size_t ResourceTree::size() const {

@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "kelo/common/MessageBytes.h"
+#include "kelo/common/MessageJsonWriter.h"
 
 namespace halvor::kelo {
 
@@ -50,7 +51,17 @@ const util::JsonParseOptions& JsonOptions::parse() {
   return options;
 }
 
+// The walk prints the same text as protobuf's printer without serialising the message and
+// resolving its types first; what it cannot print exactly goes to protobuf's printer.
 std::string JsonOptions::toJson(const google::protobuf::Message& message) {
+  std::string json;
+  if (MessageJsonWriter::tryPrint(message, json)) {
+    return json;
+  }
+  return protobufJson(message);
+}
+
+std::string JsonOptions::protobufJson(const google::protobuf::Message& message) {
   return printed(message, print());
 }
 

@@ -1,43 +1,13 @@
 #include "kelo/common/ResourceJsonWriter.h"
 
-#include <google/protobuf/stubs/strutil.h>
-
 #include <algorithm>
-#include <cfloat>
-#include <charconv>
-#include <cmath>
-#include <system_error>
 #include <vector>
 
 #include "kelo/common/JsonOptions.h"
+#include "kelo/common/JsonText.h"
 #include "kelo/common/ResourceDepth.h"
 
 namespace halvor::kelo {
-
-namespace {
-
-// Protobuf's own rule for finite numbers (SimpleFtoa, SimpleDtoa): printf's "%.*g" with the
-// type's guaranteed digits, or with more digits when that text does not read back as the same
-// number. std::to_chars with a precision is defined as that printf conversion in the C locale,
-// without printf's cost. Protobuf reads a float back with strtof and takes its range error on a
-// subnormal number as a failed read, so subnormal floats always get the longer text.
-template <class Number>
-void appendShortest(Number value, int digits, int moreDigits, bool longerWhenSubnormal,
-                    std::string& out) {
-  char buffer[64];
-  auto printed =
-      std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, digits);
-  Number parsed = 0;
-  const auto read = std::from_chars(buffer, printed.ptr, parsed);
-  if (read.ec != std::errc() || parsed != value ||
-      (longerWhenSubnormal && std::fpclassify(value) == FP_SUBNORMAL)) {
-    printed = std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general,
-                            moreDigits);
-  }
-  out.append(buffer, printed.ptr);
-}
-
-}  // namespace
 
 std::string ResourceJsonWriter::print(const protobuf::Resource& message) {
   std::string out;
@@ -46,7 +16,7 @@ std::string ResourceJsonWriter::print(const protobuf::Resource& message) {
     return out;
   }
   ResourceDepth::check(message);
-  return JsonOptions::toJson(message);
+  return JsonOptions::protobufJson(message);
 }
 
 // Members are printed in field number order, members at their default left out, wrapper types
@@ -63,7 +33,7 @@ bool ResourceJsonWriter::tryPrint(const protobuf::Resource& message, std::string
   }
   if (message.has_path()) {
     out += first ? "\"path\":" : ",\"path\":";
-    if (!writeString(message.path().value(), out)) {
+    if (!JsonText::appendString(message.path().value(), out)) {
       return false;
     }
   }
@@ -79,7 +49,7 @@ bool ResourceJsonWriter::writeMap(const ValueMap& map, int depth, std::string& o
       out += ',';
     }
     first = false;
-    if (!writeString(entry->first, out)) {
+    if (!JsonText::appendString(entry->first, out)) {
       return false;
     }
     out += ':';
@@ -140,7 +110,7 @@ bool ResourceJsonWriter::writeValue(const protobuf::ResourceValue& value, int de
   }
   if (value.has_stringvalue()) {
     member("\"stringValue\":");
-    if (!writeString(value.stringvalue().value(), out)) {
+    if (!JsonText::appendString(value.stringvalue().value(), out)) {
       return false;
     }
   }
@@ -148,29 +118,24 @@ bool ResourceJsonWriter::writeValue(const protobuf::ResourceValue& value, int de
     member(value.boolvalue().value() ? "\"boolValue\":true" : "\"boolValue\":false");
   }
   if (value.has_floatvalue()) {
-    if (!std::isfinite(value.floatvalue().value())) {
+    member("\"floatValue\":");
+    if (!JsonText::appendFloat(value.floatvalue().value(), out)) {
       return false;
     }
-    member("\"floatValue\":");
-    appendShortest(value.floatvalue().value(), FLT_DIG, FLT_DIG + 3, true, out);
   }
   if (value.has_doublevalue()) {
-    if (!std::isfinite(value.doublevalue().value())) {
+    member("\"doubleValue\":");
+    if (!JsonText::appendDouble(value.doublevalue().value(), out)) {
       return false;
     }
-    member("\"doubleValue\":");
-    appendShortest(value.doublevalue().value(), DBL_DIG, DBL_DIG + 2, false, out);
   }
   if (value.has_intvalue()) {
     member("\"intValue\":");
     out += std::to_string(value.intvalue().value());
   }
   if (value.has_bytesvalue()) {
-    member("\"bytesValue\":\"");
-    std::string encoded;
-    google::protobuf::Base64Escape(value.bytesvalue().value(), &encoded);
-    out += encoded;
-    out += '"';
+    member("\"bytesValue\":");
+    JsonText::appendBytes(value.bytesvalue().value(), out);
   }
   if (value.type() != protobuf::ResourceValue::UNSPECIFIED_RESOURCE_TYPE) {
     const std::string& name = protobuf::ResourceValue::ValueType_Name(value.type());
@@ -182,36 +147,6 @@ bool ResourceJsonWriter::writeValue(const protobuf::ResourceValue& value, int de
     out += '"';
   }
   out += '}';
-  return true;
-}
-
-// Printable ASCII only, where protobuf's escaping is plain: '"' and '\\' get a backslash, '<'
-// and '>' become \u003c and \u003e. Control characters and every byte above 0x7e, where its
-// rules grow (UTF-8 checks, format characters), go to protobuf's printer.
-bool ResourceJsonWriter::writeString(std::string_view text, std::string& out) {
-  out += '"';
-  for (const char c : text) {
-    if (c < 0x20 || c > 0x7e) {
-      return false;
-    }
-    switch (c) {
-      case '"':
-        out += "\\\"";
-        break;
-      case '\\':
-        out += "\\\\";
-        break;
-      case '<':
-        out += "\\u003c";
-        break;
-      case '>':
-        out += "\\u003e";
-        break;
-      default:
-        out += c;
-    }
-  }
-  out += '"';
   return true;
 }
 

@@ -80,12 +80,24 @@ bool matchTokens(const std::vector<Token>& tokens, std::string_view text) {
 
 GlobMatcher::GlobMatcher(std::string pattern) : pattern_(std::move(pattern)) {}
 
-bool GlobMatcher::match(const std::string& text) const {
-  return matchTokens(tokenize(pattern_), text);
-}
+bool GlobMatcher::match(const std::string& text) const { return matches(pattern_, text); }
 
 bool GlobMatcher::globMatch(const char* pattern, const char* text) {
   if (pattern == nullptr || text == nullptr) return false;
+  return matches(pattern, text);
+}
+
+// The patterns met most, a plain path and "**" (every path), are answered without the state
+// machine and its allocations, and so is every text that lacks the pattern's literal start
+// (before the first star) or end (after the last one), which every match has.
+bool GlobMatcher::matches(std::string_view pattern, std::string_view text) {
+  const size_t firstStar = pattern.find('*');
+  if (firstStar == std::string_view::npos) return pattern == text;
+  if (pattern.size() >= 2 && pattern.find_first_not_of('*') == std::string_view::npos) return true;
+  const std::string_view head = pattern.substr(0, firstStar);
+  const std::string_view tail = pattern.substr(pattern.rfind('*') + 1);
+  if (text.substr(0, head.size()) != head) return false;
+  if (text.size() < tail.size() || text.substr(text.size() - tail.size()) != tail) return false;
   return matchTokens(tokenize(pattern), text);
 }
 

@@ -24,8 +24,12 @@ class JsonOptions {
 
   // The message printed with print(), map entries in key order at every level, so that equal
   // messages print as equal text. Throws std::runtime_error when protobuf's printer fails (a
-  // message nested deeper than it follows) rather than give half a text.
+  // message nested deeper than it follows) rather than give half a text. MessageJsonWriter
+  // prints it where it can, protobufJson() elsewhere: the text is the same.
   static std::string toJson(const google::protobuf::Message& message);
+  // The same text, always from protobuf's printer: the reference that the walk of
+  // MessageJsonWriter and ResourceJsonWriter is held to.
+  static std::string protobufJson(const google::protobuf::Message& message);
   // The message printed with printWithPrimitives(), likewise.
   static std::string toJsonWithPrimitives(const google::protobuf::Message& message);
   // Parses text into message with parse(). On failure the message stays as far as the parse got.

@@ -30,7 +30,6 @@ class ResourceJsonWriter {
   static bool writeValue(const protobuf::ResourceValue& value, int depth, std::string& out);
   static bool writeMap(const ValueMap& map, int depth, std::string& out);
   static std::vector<const ValueMap::value_type*> sortedEntries(const ValueMap& map);
-  static bool writeString(std::string_view text, std::string& out);
 };
 
 }  // namespace halvor::kelo

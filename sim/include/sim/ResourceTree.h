@@ -46,6 +46,11 @@ class ResourceTree {
   static std::string missingText(const std::string& path);
 
  private:
+  // Calls visit(path, resource) for every stored path that may match glob, in path order; the
+  // caller holds the lock.
+  template <typename Visit>
+  void forEachCandidate(const std::string& glob, const Visit& visit) const;
+
   mutable std::shared_mutex mutex_;
   std::map<std::string, tavelabi::Resource> resources_;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace halvor::tavelabi {
 
@@ -17,6 +18,8 @@ class GlobMatcher {
   static bool globMatch(const char* pattern, const char* text);
 
  private:
+  static bool matches(std::string_view pattern, std::string_view text);
+
   std::string pattern_;
 };
 

@@ -378,5 +378,26 @@ TEST(HalvorPbFactory2Test, MismatchLeavesOverrideUntouched) {
   EXPECT_THROW(factory.setOverride("limits", HostValue(1)), std::logic_error);
 }
 
+TEST(HalvorPbFactory2Test, ReleaseBuildsWhatBuildBuildsAndEmptiesTheOverrides) {
+  tavelabi::Resource host;
+  host.values["text"] = HostValue(std::string("from host"));
+  host.values["count"] = HostValue(7);
+  SampleFactory copying;
+  SampleFactory moving;
+  for (SampleFactory* factory : {&copying, &moving}) {
+    factory->overrides().mutable_text()->set_value("override");
+    factory->overrides().mutable_level()->set_value(2.5);
+    factory->overrides().add_names("kept");
+  }
+
+  const auto built = copying.build(&host);
+  const auto released = moving.release(&host);
+  EXPECT_TRUE(MessageDifferencer::Equals(*built, *released)) << released->DebugString();
+  EXPECT_EQ(released->text().value(), "from host");
+  EXPECT_EQ(released->level().value(), 2.5);
+  EXPECT_EQ(copying.overrides().names_size(), 1);
+  EXPECT_EQ(moving.overrides().ByteSizeLong(), 0U);
+}
+
 }  // namespace
 }  // namespace halvor::protobuf

@@ -169,7 +169,7 @@ TEST(ResourceJsonWriterTest, PrintsWhatProtobufPrintsForRandomMessages) {
   const int total = 20000;
   for (int i = 0; i < total; ++i) {
     const protobuf::Resource message = make.resource();
-    const std::string expected = JsonOptions::toJson(message);
+    const std::string expected = JsonOptions::protobufJson(message);
     ASSERT_EQ(ResourceJsonWriter::print(message), expected) << message.DebugString();
     std::string direct;
     if (ResourceJsonWriter::tryPrint(message, direct)) {
@@ -200,7 +200,7 @@ TEST(ResourceJsonWriterTest, PrintsFloatsAndDoublesOfAnyBitPatternAsProtobufDoes
     }
     std::string out;
     ASSERT_TRUE(ResourceJsonWriter::tryPrint(message, out));
-    ASSERT_EQ(out, JsonOptions::toJson(message)) << single << " " << twice;
+    ASSERT_EQ(out, JsonOptions::protobufJson(message)) << single << " " << twice;
     ++compared;
   }
   EXPECT_EQ(compared, 30000);
@@ -221,22 +221,22 @@ TEST(ResourceJsonWriterTest, PlainResourceIsWalked) {
   element->mutable_stringvalue()->set_value("say \"hi\" <now>");
   std::string out;
   ASSERT_TRUE(ResourceJsonWriter::tryPrint(message, out));
-  EXPECT_EQ(out, JsonOptions::toJson(message));
+  EXPECT_EQ(out, JsonOptions::protobufJson(message));
 }
 
 TEST(ResourceJsonWriterTest, LeavesNonAsciiTextAndNonFiniteNumbersToProtobuf) {
   protobuf::Resource text;
-  (*text.mutable_values())["name"].mutable_stringvalue()->set_value("Sänder");
+  (*text.mutable_values())["name"].mutable_stringvalue()->set_value("S\u00e4nder \u2192 2");
   std::string out;
   EXPECT_FALSE(ResourceJsonWriter::tryPrint(text, out));
-  EXPECT_EQ(ResourceJsonWriter::print(text), JsonOptions::toJson(text));
+  EXPECT_EQ(ResourceJsonWriter::print(text), JsonOptions::protobufJson(text));
 
   protobuf::Resource number;
   (*number.mutable_values())["x"].mutable_doublevalue()->set_value(
       std::numeric_limits<double>::infinity());
   out.clear();
   EXPECT_FALSE(ResourceJsonWriter::tryPrint(number, out));
-  EXPECT_EQ(ResourceJsonWriter::print(number), JsonOptions::toJson(number));
+  EXPECT_EQ(ResourceJsonWriter::print(number), JsonOptions::protobufJson(number));
 }
 
 TEST(ResourceJsonWriterTest, DeepestPrintableNestingIsWalkedAndDeeperIsRefused) {
@@ -246,7 +246,7 @@ TEST(ResourceJsonWriterTest, DeepestPrintableNestingIsWalkedAndDeeperIsRefused) 
         test::NestedResources::deep(ResourceDepth::kMaxDepth, through);
     std::string out;
     EXPECT_TRUE(ResourceJsonWriter::tryPrint(deepest, out));
-    EXPECT_EQ(out, JsonOptions::toJson(deepest));
+    EXPECT_EQ(out, JsonOptions::protobufJson(deepest));
     EXPECT_TRUE(test::NestedResources::isJson(ResourceJsonWriter::print(deepest)));
 
     const protobuf::Resource tooDeep =

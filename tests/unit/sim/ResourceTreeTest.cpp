@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "sim/ResourceTree.h"
 #include "tavelabi/Exceptions.h"
+#include "tavelabi/GlobMatcher.h"
 
 namespace halvor::sim {
 namespace {
@@ -107,6 +111,26 @@ TEST(ResourceTreeTest, ReadGlobMapsPathsToTheirValues) {
   Resource all = tree.readGlob("/a/**");
   EXPECT_EQ("v", all.values.at("/a/1/deep").getMapValue().at("k").getStringValue());
   EXPECT_TRUE(tree.readGlob("/b/**").values.empty());
+}
+
+// The listing looks only at the paths that start with the glob's text before its first star;
+// paths sorting just before, inside and just after that run must all be judged right.
+TEST(ResourceTreeTest, ListAndReadGlobAgreeWithTheMatcherOnEveryPath) {
+  ResourceTree tree;
+  const std::vector<std::string> paths = {"/m",          "/m/",          "/m/a/list",  "/m/a/lis",
+                                          "/m/a/list/x", "/m/b/c/list",  "/m-/a/list", "/m.a/list",
+                                          "/ma/list",    "/l/a/list",    "/n/a/list",  "/m/list",
+                                          "/m/a/b/list", "/m/\xff/list", "list"};
+  for (const std::string& path : paths) tree.create(path, Resource());
+  for (const std::string glob : {"/m/**/list", "/m/*/list", "/m**", "/m/*", "*list", "**",
+                                 "/m/a/list", "/m/", "/m*/list", "/z/**"}) {
+    std::vector<std::string> expected;
+    for (const std::string& path : tree.list("**")) {
+      if (tavelabi::GlobMatcher::globMatch(glob.c_str(), path.c_str())) expected.push_back(path);
+    }
+    EXPECT_EQ(expected, tree.list(glob)) << glob;
+    EXPECT_EQ(expected.size(), tree.readGlob(glob).values.size()) << glob;
+  }
 }
 
 }  // namespace

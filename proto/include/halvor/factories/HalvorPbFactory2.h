@@ -2,6 +2,8 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <utility>
 
 #include "halvor/factories/FactoryCore.h"
 #include "halvor/factories/FactoryRules.h"
@@ -43,6 +45,20 @@ class HalvorPbFactory2 {
     auto message = std::make_shared<Message>(overrides_);
     if (resource != nullptr) FactoryCore::takeFromResource(*message, *rules_, *resource);
     return message;
+  }
+
+  // build() for a factory that builds once: the overrides move into the message instead of
+  // being copied, and are empty afterwards. A tree of messages built from the inside out (the
+  // meters of a group, the groups of a collection) is then not copied again at every level.
+  std::shared_ptr<Message> release(tavelabi::Resource* resource) {
+    if constexpr (std::is_same_v<Message, Resource>) {
+      return build(resource);
+    } else {
+      auto message = std::make_shared<Message>(std::move(overrides_));
+      overrides_.Clear();
+      if (resource != nullptr) FactoryCore::takeFromResource(*message, *rules_, *resource);
+      return message;
+    }
   }
 
  protected:

@@ -1,5 +1,7 @@
 #include "kelo/handlers/http/meters/GetMetersDashboard.h"
 
+#include <utility>
+
 #include "halvor/factories/MonitoringFactories.h"
 #include "kelo/handlers/http/meters/MeterEndpointHelperClass.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
@@ -19,10 +21,10 @@ void GetMetersDashboard::processHttpRequest(const web::HttpRequestPtr& req,
   protobuf::HalvorPbFactory2MeterCollectionList collections;
   for (const tavelabi::ResourceValue& path : paths.values.at("value").getListValue()) {
     *collections.overrides().add_collections() =
-        *MeterEndpointHelperClass::getCurrentMeterCollectionInfo(
-            req, tavel, info, path.getStringValue(), sessionId, false);
+        std::move(*MeterEndpointHelperClass::getCurrentMeterCollectionInfo(
+            req, tavel, info, path.getStringValue(), sessionId, false));
   }
-  JsonReplies::reply(resp, *collections.build(nullptr));
+  JsonReplies::reply(resp, *collections.release(nullptr));
 }
 
 }  // namespace halvor::kelo

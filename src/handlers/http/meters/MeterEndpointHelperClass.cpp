@@ -73,10 +73,10 @@ std::shared_ptr<protobuf::MeterGroup> MeterEndpointHelperClass::getCurrentMeterG
   tavelabi::Resource group = HostReads::readFlagged(req, host, info, sessionId, path, byPass);
   protobuf::HalvorPbFactory2MeterGroup factory;
   for (const tavelabi::ResourceValue& meterPath : group.values.at("value").getListValue()) {
-    *factory.overrides().add_meters() =
-        *getCurrentMeterInfo(req, host, info, meterPath.getStringValue(), sessionId, byPass);
+    *factory.overrides().add_meters() = std::move(
+        *getCurrentMeterInfo(req, host, info, meterPath.getStringValue(), sessionId, byPass));
   }
-  return factory.build(&group);
+  return factory.release(&group);
 }
 
 std::shared_ptr<protobuf::MeterCollection> MeterEndpointHelperClass::getCurrentMeterCollectionInfo(
@@ -85,10 +85,10 @@ std::shared_ptr<protobuf::MeterCollection> MeterEndpointHelperClass::getCurrentM
   tavelabi::Resource collection = HostReads::readFlagged(req, host, info, sessionId, path, byPass);
   protobuf::HalvorPbFactory2MeterCollection factory;
   for (const tavelabi::ResourceValue& groupPath : collection.values.at("value").getListValue()) {
-    *factory.overrides().add_groups() =
-        *getCurrentMeterGroupInfo(req, host, info, groupPath.getStringValue(), sessionId, byPass);
+    *factory.overrides().add_groups() = std::move(
+        *getCurrentMeterGroupInfo(req, host, info, groupPath.getStringValue(), sessionId, byPass));
   }
-  return factory.build(&collection);
+  return factory.release(&collection);
 }
 
 std::shared_ptr<protobuf::Meter> MeterEndpointHelperClass::convertMeterToHalvorPbMeter(

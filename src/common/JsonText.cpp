@@ -1,0 +1,121 @@
+#include "kelo/common/JsonText.h"
+
+#include <google/protobuf/stubs/strutil.h>
+
+#include <cfloat>
+#include <charconv>
+#include <cmath>
+#include <system_error>
+
+namespace halvor::kelo {
+
+namespace {
+
+// Protobuf's own rule for finite numbers (SimpleFtoa, SimpleDtoa): printf's "%.*g" with the
+// type's guaranteed digits, or with more digits when that text does not read back as the same
+// number. std::to_chars with a precision is defined as that printf conversion in the C locale,
+// without printf's cost. Protobuf reads a float back with strtof and takes its range error on a
+// subnormal number as a failed read, so subnormal floats always get the longer text.
+template <class Number>
+void appendShortest(Number value, int digits, int moreDigits, bool longerWhenSubnormal,
+                    std::string& out) {
+  char buffer[64];
+  auto printed =
+      std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, digits);
+  Number parsed = 0;
+  const auto read = std::from_chars(buffer, printed.ptr, parsed);
+  if (read.ec != std::errc() || parsed != value ||
+      (longerWhenSubnormal && std::fpclassify(value) == FP_SUBNORMAL)) {
+    printed = std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general,
+                            moreDigits);
+  }
+  out.append(buffer, printed.ptr);
+}
+
+}  // namespace
+
+bool JsonText::appendString(std::string_view text, std::string& out) {
+  out += '"';
+  std::size_t plain = 0;  // the start of the run of characters that need no escape
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    if (c >= 0x80) {
+      if (!isPlainTwoByteCharacter(text, i)) {
+        return false;
+      }
+      ++i;  // both bytes go out as they are
+      continue;
+    }
+    if (c < 0x20 || c == 0x7f) {
+      return false;
+    }
+    const char* escaped = nullptr;
+    switch (c) {
+      case '"':
+        escaped = "\\\"";
+        break;
+      case '\\':
+        escaped = "\\\\";
+        break;
+      case '<':
+        escaped = "\\u003c";
+        break;
+      case '>':
+        escaped = "\\u003e";
+        break;
+      default:
+        continue;
+    }
+    out.append(text.data() + plain, i - plain);
+    out += escaped;
+    plain = i + 1;
+  }
+  out.append(text.data() + plain, text.size() - plain);
+  out += '"';
+  return true;
+}
+
+// A well-formed two-byte UTF-8 sequence at `at` (U+0080 to U+07FF) that protobuf prints as it
+// stands: from U+00A0 on (below are control characters, which it escapes), except the soft
+// hyphen and the Arabic and Syriac format characters, which it escapes too. "°C" and "µs" are
+// of this kind; longer sequences, where its rules grow, are left to it.
+bool JsonText::isPlainTwoByteCharacter(std::string_view text, std::size_t at) {
+  if (at + 1 >= text.size()) {
+    return false;
+  }
+  const auto lead = static_cast<unsigned char>(text[at]);
+  const auto trail = static_cast<unsigned char>(text[at + 1]);
+  if (lead < 0xc2 || lead > 0xdf || (trail & 0xc0) != 0x80) {
+    return false;
+  }
+  const unsigned codePoint = ((lead & 0x1fu) << 6) | (trail & 0x3fu);
+  return codePoint >= 0xa0 && codePoint != 0xad && !(codePoint >= 0x600 && codePoint <= 0x603) &&
+         codePoint != 0x6dd && codePoint != 0x70f;
+}
+
+bool JsonText::appendFloat(float value, std::string& out) {
+  if (!std::isfinite(value)) {
+    return false;
+  }
+  appendShortest(value, FLT_DIG, FLT_DIG + 3, true, out);
+  return true;
+}
+
+bool JsonText::appendDouble(double value, std::string& out) {
+  if (!std::isfinite(value)) {
+    return false;
+  }
+  appendShortest(value, DBL_DIG, DBL_DIG + 2, false, out);
+  return true;
+}
+
+void JsonText::appendBytes(std::string_view bytes, std::string& out) {
+  std::string encoded;
+  google::protobuf::Base64Escape(google::protobuf::StringPiece(bytes.data(), bytes.size()),
+                                 &encoded);
+  out += '"';
+  out += encoded;
+  out += '"';
+}
+
+}  // namespace halvor::kelo
