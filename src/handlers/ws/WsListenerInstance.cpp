@@ -40,7 +40,8 @@ void WsListenerInstance::processResourceListener(const tavelabi::TimePoint& /*no
                                                  tavelabi::ResourceAction& action) {
   std::shared_lock<boost::shared_mutex> lock(clientsMutex);
   for (const auto& entry : clients) {
-    ClientConnection client = entry.second;
+    // The record is read in place: the shared lock keeps it from changing under the fan-out.
+    const ClientConnection& client = entry.second;
     const std::string ip = client.connection->peerAddr().toIp();
     // One read per client and change: a heartbeat that lapsed in the middle of a fan-out counts.
     const tavelabi::ResourceValue::Map connectivities = readConnectivities();
@@ -53,11 +54,12 @@ void WsListenerInstance::processResourceListener(const tavelabi::TimePoint& /*no
   }
 }
 
-void WsListenerInstance::sendWebsocket(ClientConnection client, tavelabi::ResourceAction& action) {
+void WsListenerInstance::sendWebsocket(const ClientConnection& client,
+                                       tavelabi::ResourceAction& action) {
   try {
-    const std::string sessionId = client.sessionId;
     std::string message;
-    client.generator(client.request, action.resource, sessionId, message, action.path);
+    // The generator takes the session by value: its own copy, as before.
+    client.generator(client.request, action.resource, client.sessionId, message, action.path);
     if (client.connection->connected()) {
       client.connection->send(message, web::WebSocketMessageType::Binary);
     }
@@ -84,8 +86,7 @@ void WsListenerInstance::removeClient(const web::WebSocketConnectionPtr& conn) {
 void WsListenerInstance::removeAllClients() {
   std::unique_lock<boost::shared_mutex> lock(clientsMutex);
   for (const auto& entry : clients) {
-    ClientConnection client = entry.second;
-    client.connection->shutdown(1000, "");
+    entry.second.connection->shutdown(1000, "");
   }
   clients.clear();
 }

@@ -29,7 +29,7 @@ class WsListenerInstance : public tavelabi::AbstractResourceListener {
   // The peer's address and port immediately followed by this instance's pattern.
   std::string generateConnectionUuid(const web::WebSocketConnectionPtr& conn);
   // Renders and sends one push to one client; logs and swallows every failure.
-  void sendWebsocket(ClientConnection client, tavelabi::ResourceAction& action);
+  void sendWebsocket(const ClientConnection& client, tavelabi::ResourceAction& action);
   // Shuts the client's connection down (1000) and forgets it, or logs that it is not here.
   void removeClient(const web::WebSocketConnectionPtr& conn);
   void removeAllClients();
