@@ -62,8 +62,9 @@ void KeloWsFrame::logClosed(const web::WebSocketConnectionPtr& conn) {
 
 void KeloWsFrame::subscribe(const web::HttpRequestPtr& req, const web::WebSocketConnectionPtr& conn,
                             MessageGenerator generator, const std::string& pattern,
-                            const std::string& sessionId) {
-  listenerManager().addListenerAndClient(req, conn, std::move(generator), pattern, sessionId);
+                            const std::string& sessionId, bool resourceOnly) {
+  listenerManager().addListenerAndClient(req, conn, std::move(generator), pattern, sessionId,
+                                         resourceOnly);
 }
 
 void KeloWsFrame::removeClient(const web::WebSocketConnectionPtr& conn) {

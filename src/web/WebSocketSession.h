@@ -75,26 +75,14 @@ class WebSocketSession : public WebSocketConnection,
   }
 
   void send(const char* data, std::size_t length, WebSocketMessageType type) override {
-    if (!connected_.load()) return;
-    if (type == WebSocketMessageType::Close) {
-      shutdown(kNormalClosure, std::string(data, length));
-      return;
-    }
-    std::size_t cap = state_->config.clientMaxWebSocketSendQueue;
-    std::size_t before = pendingBytes_.fetch_add(length);
-    if (cap != 0 && before + length > cap) {
-      pendingBytes_.fetch_sub(length);
-      overflow();
-      return;
-    }
-    Outgoing item;
-    item.kind = kindOf(type);
-    item.text = type == WebSocketMessageType::Text;
-    item.data = std::make_shared<const std::string>(data, length);
-    item.bytes = length;
-    runOnThread([self = this->shared_from_this(), item = std::move(item)]() mutable {
-      self->enqueue(std::move(item));
-    });
+    queueData(data, length, type,
+              [data, length] { return std::make_shared<const std::string>(data, length); });
+  }
+
+  // Queues `message` itself: no copy per connection of a frame sent to many.
+  void sendShared(std::shared_ptr<const std::string> message, WebSocketMessageType type) override {
+    const std::string& text = *message;
+    queueData(text.data(), text.size(), type, [&message] { return std::move(message); });
   }
 
   void shutdown(std::uint16_t code, const std::string& reason) override {
@@ -127,6 +115,33 @@ class WebSocketSession : public WebSocketConnection,
     std::size_t bytes = 0;
     std::uint16_t code = kNormalClosure;
   };
+
+  // The checks of every send, then the frame posted to the I/O thread; `takeData` gives the
+  // queued copy of data[0, length), called only when the frame is queued.
+  template <class TakeData>
+  void queueData(const char* data, std::size_t length, WebSocketMessageType type,
+                 TakeData&& takeData) {
+    if (!connected_.load()) return;
+    if (type == WebSocketMessageType::Close) {
+      shutdown(kNormalClosure, std::string(data, length));
+      return;
+    }
+    std::size_t cap = state_->config.clientMaxWebSocketSendQueue;
+    std::size_t before = pendingBytes_.fetch_add(length);
+    if (cap != 0 && before + length > cap) {
+      pendingBytes_.fetch_sub(length);
+      overflow();
+      return;
+    }
+    Outgoing item;
+    item.kind = kindOf(type);
+    item.text = type == WebSocketMessageType::Text;
+    item.data = takeData();
+    item.bytes = length;
+    runOnThread([self = this->shared_from_this(), item = std::move(item)]() mutable {
+      self->enqueue(std::move(item));
+    });
+  }
 
   static Kind kindOf(WebSocketMessageType type) {
     if (type == WebSocketMessageType::Ping) return Kind::Ping;

@@ -15,6 +15,8 @@ namespace halvor::kelo {
 //   static constexpr const char* kPattern;     the resource pattern it subscribes, or instead
 //   static std::string subscribedPattern(req); a pattern taken from the upgrade request
 //   static void messageGenerator(req, resource, sessionId, message, path);
+// optionally, when that generator renders from the resource and path alone,
+//   static constexpr bool kMessageFromResourceOnly = true;
 // and, when its first message is made from a resource that it reads first,
 //   static tavelabi::Resource firstResource(req, sessionId, pattern);
 // otherwise the first message is made from an empty resource.
@@ -31,7 +33,8 @@ class KeloWsEndpoint : public KeloWsController<T, true> {
     std::string message;
     T::messageGenerator(req, first, sessionId, message, pattern);
     conn->send(message, web::WebSocketMessageType::Binary);
-    KeloWsFrame::subscribe(req, conn, &T::messageGenerator, pattern, sessionId);
+    KeloWsFrame::subscribe(req, conn, &T::messageGenerator, pattern, sessionId,
+                           messageFromResourceOnly<T>());
   }
 
  private:

@@ -32,9 +32,11 @@ class KeloWsFrame {
   static void logClosed(const web::WebSocketConnectionPtr& conn);
 
   // Every change of a resource matching `pattern` is rendered by `generator` and sent to `conn`.
+  // `resourceOnly`: the generator renders from the resource and path alone (see
+  // messageFromResourceOnly), so one rendering of a change may serve several clients.
   static void subscribe(const web::HttpRequestPtr& req, const web::WebSocketConnectionPtr& conn,
                         MessageGenerator generator, const std::string& pattern,
-                        const std::string& sessionId);
+                        const std::string& sessionId, bool resourceOnly = false);
   static void removeClient(const web::WebSocketConnectionPtr& conn);
 };
 

@@ -24,6 +24,12 @@ class WebSocketConnection {
                     WebSocketMessageType type = WebSocketMessageType::Text) = 0;
   virtual void send(const char* data, std::size_t length,
                     WebSocketMessageType type = WebSocketMessageType::Text) = 0;
+  // The same as send(*message, type), for a message that several connections send: a connection
+  // may queue `message` itself instead of a copy, so it must not change afterwards.
+  virtual void sendShared(std::shared_ptr<const std::string> message,
+                          WebSocketMessageType type = WebSocketMessageType::Text) {
+    send(*message, type);
+  }
   // Starts the close handshake with `code` and `reason`, after the frames already queued.
   virtual void shutdown(std::uint16_t code = kNormalClosure, const std::string& reason = "") = 0;
   // Closes the socket without a handshake.

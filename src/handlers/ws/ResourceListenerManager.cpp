@@ -31,7 +31,7 @@ void ResourceListenerManager::setLoggerId(const std::string& id) {
 void ResourceListenerManager::addListenerAndClient(const web::HttpRequestPtr& req,
                                                    const web::WebSocketConnectionPtr& conn,
                                                    MessageGenerator generator, std::string path,
-                                                   std::string sessionId) {
+                                                   std::string sessionId, bool resourceOnly) {
   std::lock_guard<boost::mutex> lock(listenersMutex);
   bool matched = false;
   for (const auto& entry : listeners) {
@@ -46,7 +46,8 @@ void ResourceListenerManager::addListenerAndClient(const web::HttpRequestPtr& re
     KeloHost::tavel()->addResourceListener(KeloHost::pluginInfo(), instance);
   }
   // Exact on purpose: a wider key that matched above leaves no instance of `path`.
-  listeners.at(path)->addNewClient(req, conn, std::move(sessionId), std::move(generator));
+  listeners.at(path)->addNewClient(req, conn, std::move(sessionId), std::move(generator),
+                                   resourceOnly);
 }
 
 void ResourceListenerManager::removeClient(const web::WebSocketConnectionPtr& conn) {

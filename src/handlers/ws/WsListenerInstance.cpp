@@ -39,18 +39,67 @@ tavelabi::ResourceValue::Map WsListenerInstance::readConnectivities() {
 void WsListenerInstance::processResourceListener(const tavelabi::TimePoint& /*now*/,
                                                  tavelabi::ResourceAction& action) {
   std::shared_lock<boost::shared_mutex> lock(clientsMutex);
+  Renderings renderings;
   for (const auto& entry : clients) {
     // The record is read in place: the shared lock keeps it from changing under the fan-out.
     const ClientConnection& client = entry.second;
     const std::string ip = client.connection->peerAddr().toIp();
     // One read per client and change: a heartbeat that lapsed in the middle of a fan-out counts.
     const tavelabi::ResourceValue::Map connectivities = readConnectivities();
-    if (connectivities.count(ip) != 0) {
-      sendWebsocket(client, action);
-    } else {
+    if (connectivities.count(ip) == 0) {
       KELO_LOG(ERROR, loggerId) << "Unable to push " << action.path << " to client " << ip
                                 << " - network connection issue";
+    } else if (sharedGenerator(client) != nullptr) {
+      sendShared(client, action, renderings);
+    } else {
+      sendWebsocket(client, action);
     }
+  }
+}
+
+MessageGeneratorFunction WsListenerInstance::sharedGenerator(const ClientConnection& client) {
+  if (!client.resourceOnly) {
+    return nullptr;
+  }
+  const MessageGeneratorFunction* function = client.generator.target<MessageGeneratorFunction>();
+  return function == nullptr ? nullptr : *function;
+}
+
+const WsListenerInstance::Rendering& WsListenerInstance::renderingOf(
+    const ClientConnection& client, tavelabi::ResourceAction& action, Renderings& renderings) {
+  const MessageGeneratorFunction generator = sharedGenerator(client);
+  for (const Rendering& rendering : renderings) {
+    if (rendering.generator == generator) {
+      return rendering;
+    }
+  }
+  Rendering made{generator, nullptr, nullptr};
+  try {
+    // Made with the first client's request and session, which the generator ignores.
+    auto message = std::make_shared<std::string>();
+    generator(client.request, action.resource, client.sessionId, *message, action.path);
+    made.message = std::move(message);
+  } catch (...) {
+    made.failure = std::current_exception();
+  }
+  renderings.push_back(std::move(made));
+  return renderings.back();
+}
+
+void WsListenerInstance::sendShared(const ClientConnection& client,
+                                    tavelabi::ResourceAction& action, Renderings& renderings) {
+  try {
+    const Rendering& rendering = renderingOf(client, action, renderings);
+    if (rendering.failure) {
+      std::rethrow_exception(rendering.failure);
+    }
+    if (client.connection->connected()) {
+      client.connection->sendShared(rendering.message, web::WebSocketMessageType::Binary);
+    }
+  } catch (...) {
+    KELO_LOG(ERROR, loggerId) << "Unable to push " << action.path << " to client "
+                              << client.connection->peerAddr().toIp() << " - "
+                              << boost::current_exception_diagnostic_information();
   }
 }
 
@@ -93,10 +142,11 @@ void WsListenerInstance::removeAllClients() {
 
 void WsListenerInstance::addNewClient(const web::HttpRequestPtr& req,
                                       const web::WebSocketConnectionPtr& conn,
-                                      std::string sessionId, MessageGenerator generator) {
+                                      std::string sessionId, MessageGenerator generator,
+                                      bool resourceOnly) {
   std::unique_lock<boost::shared_mutex> lock(clientsMutex);
   std::string key = generateConnectionUuid(conn);
-  ClientConnection client{key, std::move(sessionId), req, conn, std::move(generator)};
+  ClientConnection client{key, std::move(sessionId), req, conn, std::move(generator), resourceOnly};
   clients.emplace(std::move(key), std::move(client));
 }
 

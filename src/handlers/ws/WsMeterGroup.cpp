@@ -17,7 +17,8 @@ void WsMeterGroup::initialSetupAndMessage(const web::HttpRequestPtr& req,
                                           std::string sessionId) {
   const std::string pattern = subscribedPattern(req);
   conn->send(std::string(), web::WebSocketMessageType::Binary);
-  KeloWsFrame::subscribe(req, conn, &WsMeterGroup::messageGenerator, pattern, sessionId);
+  KeloWsFrame::subscribe(req, conn, &WsMeterGroup::messageGenerator, pattern, sessionId,
+                         messageFromResourceOnly<WsMeterGroup>());
 }
 
 void WsMeterGroup::messageGenerator(const web::HttpRequestPtr& /*req*/,

@@ -3,8 +3,10 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <set>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -129,11 +131,11 @@ WebTestServer::Configure watchedApplication(WatchedPlugin*& plugin, ControllerCa
     app.loadConfigJson(config);
     app.setThreadNum(2);
     plugin = app.getPlugin<WatchedPlugin>();
-    app.registerHandler("/work", [&plugin, &calls](const HttpRequestPtr&,
-                                                   ResponseCallback&& callback) {
-      calls.watch(*plugin, [] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); });
-      callback(HttpResponse::newHttpResponse());
-    });
+    app.registerHandler(
+        "/work", [&plugin, &calls](const HttpRequestPtr&, ResponseCallback&& callback) {
+          calls.watch(*plugin, [] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); });
+          callback(HttpResponse::newHttpResponse());
+        });
     app.registerWebSocketController("/ws", std::make_shared<WatchingController>(plugin, calls));
   };
 }
@@ -252,6 +254,47 @@ TEST(WebConcurrencyTest, SendsFromOtherThreadsWhileTheConnectionCloses) {
     EXPECT_FALSE(conn->connected());
     EXPECT_EQ(controller->closedTimes(conn), 1);
   }
+}
+
+// One buffer handed to connections on both I/O threads by two pushing threads at once, as the
+// fan-out of a change does: every client gets every frame whole.
+TEST(WebConcurrencyTest, OneSharedBufferQueuedOnConnectionsOfSeveralIoThreads) {
+  auto controller = std::make_shared<KeepingController>();
+  WebTestServer server([&](HttpAppFramework& app) {
+    app.setThreadNum(2);
+    app.registerWebSocketController("/ws", controller);
+  });
+  constexpr int kClients = 4;
+  constexpr int kFramesPerPusher = 100;
+  std::vector<std::unique_ptr<WsClient>> clients;
+  std::vector<WebSocketConnectionPtr> conns;
+  for (int c = 0; c < kClients; ++c) {
+    const std::string name = "s" + std::to_string(c);
+    clients.push_back(std::make_unique<WsClient>("127.0.0.1", server.port()));
+    clients.back()->connect("/ws?name=" + name);
+    ASSERT_TRUE(eventually([&] { return controller->get(name) != nullptr; }));
+    conns.push_back(controller->get(name));
+  }
+  const auto frame = std::make_shared<const std::string>(2048, 'f');
+  std::vector<std::thread> pushers;
+  for (int t = 0; t < 2; ++t) {
+    pushers.emplace_back([&] {
+      for (int i = 0; i < kFramesPerPusher; ++i) {
+        for (const auto& conn : conns) conn->sendShared(frame, WebSocketMessageType::Binary);
+      }
+    });
+  }
+  for (auto& pusher : pushers) pusher.join();
+  for (auto& client : clients) {
+    int whole = 0;
+    for (int i = 0; i < 2 * kFramesPerPusher; ++i) {
+      auto message = client->receive(std::chrono::milliseconds(3000));
+      ASSERT_TRUE(message);
+      if (!message->text && message->data == *frame) ++whole;
+    }
+    EXPECT_EQ(whole, 2 * kFramesPerPusher);
+  }
+  EXPECT_EQ(*frame, std::string(2048, 'f'));
 }
 
 TEST(WebConcurrencyTest, ClientThatNeverReadsIsClosedAndOthersKeepWorking) {

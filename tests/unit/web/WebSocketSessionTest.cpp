@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -47,6 +48,12 @@ class RecordingController : public WebSocketControllerBase {
       return conn->send(std::string(kBigMessage, 'b'), WebSocketMessageType::Binary);
     if (message == "binary")
       return conn->send(std::string("\x01\x02", 2), WebSocketMessageType::Binary);
+    if (message == "shared") {
+      // One buffer queued twice, as a fan-out hands the same frame to many connections.
+      auto frame = std::make_shared<const std::string>("\x03\x00\x04", 3);
+      conn->sendShared(frame, WebSocketMessageType::Binary);
+      return conn->sendShared(frame, WebSocketMessageType::Text);
+    }
     conn->send("echo:" + message);
   }
   void handleNewConnection(const HttpRequestPtr& req, const WebSocketConnectionPtr& conn) override {
@@ -124,6 +131,20 @@ TEST_P(WebSocketSessionTest, UpgradeWithCookieFirstMessageAndEcho) {
   ASSERT_EQ(controller->messages.size(), 2u);
   EXPECT_EQ(controller->messages[0].first, WebSocketMessageType::Text);
   EXPECT_EQ(controller->messages[1].first, WebSocketMessageType::Binary);
+}
+
+TEST_P(WebSocketSessionTest, ASharedBufferIsSentWholeOncePerCallWithItsOwnType) {
+  auto client = connect();
+  ASSERT_TRUE(client->receive(std::chrono::milliseconds(3000)));
+  client->sendText("shared");
+  auto binary = client->receive(std::chrono::milliseconds(3000));
+  ASSERT_TRUE(binary);
+  EXPECT_FALSE(binary->text);
+  EXPECT_EQ(binary->data, std::string("\x03\x00\x04", 3));
+  auto text = client->receive(std::chrono::milliseconds(3000));
+  ASSERT_TRUE(text);
+  EXPECT_TRUE(text->text);
+  EXPECT_EQ(text->data, std::string("\x03\x00\x04", 3));
 }
 
 TEST_P(WebSocketSessionTest, QueryParameterReachesTheController) {

@@ -18,6 +18,9 @@ struct ClientConnection {
   web::HttpRequestPtr request;
   web::WebSocketConnectionPtr connection;
   MessageGenerator generator;
+  // The generator renders from the resource and path alone (messageFromResourceOnly), so the
+  // client may be sent the rendering made for another client of the same generator.
+  bool resourceOnly = false;
 };
 
 }  // namespace halvor::kelo

@@ -31,9 +31,11 @@ class ResourceListenerManager : public web::Plugin<ResourceListenerManager> {
 
   // Subscribes the connection to `path`. The first existing key whose glob matches `path` ends
   // the search; a new instance is made only when none matched, and the client then goes to the
-  // instance of exactly `path` (std::out_of_range when a wider key matched).
+  // instance of exactly `path` (std::out_of_range when a wider key matched). `resourceOnly` as in
+  // ClientConnection.
   void addListenerAndClient(const web::HttpRequestPtr& req, const web::WebSocketConnectionPtr& conn,
-                            MessageGenerator generator, std::string path, std::string sessionId);
+                            MessageGenerator generator, std::string path, std::string sessionId,
+                            bool resourceOnly = false);
   // Asks every instance to drop the connection; instances left without clients are unregistered
   // from the host and deleted.
   void removeClient(const web::WebSocketConnectionPtr& conn);

@@ -13,6 +13,8 @@ namespace halvor::kelo {
 class WsMeterGroup : public KeloWsController<WsMeterGroup, true> {
  public:
   static constexpr const char* kPath = "/ws/meters/group";
+  // messageGenerator reads nothing but the changed meter: one rendering serves every client.
+  static constexpr bool kMessageFromResourceOnly = true;
 
   // The decoded query parameter "path" followed by "/**"; RequestMissingQueryParameter without it.
   static std::string subscribedPattern(const web::HttpRequestPtr& req);

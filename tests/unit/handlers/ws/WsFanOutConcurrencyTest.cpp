@@ -17,9 +17,16 @@ namespace {
 
 using tavelabi::CCRUD;
 
+// A generator that renders from the resource alone, for clients that share renderings.
+void valueGenerator(const web::HttpRequestPtr&, tavelabi::Resource& resource, std::string,
+                    std::string& message, const std::string&) {
+  message = std::to_string(resource.values.at("value").getIntValue());
+}
+
 // Subscriptions come and go on several threads while the host dispatches updates of their paths,
 // pings and the heartbeat task rewrite the connectivity table, and the manager finally shuts
-// down with clients still arriving.
+// down with clients still arriving. Half of the clients share renderings, half are rendered one
+// by one.
 TEST(WsFanOutConcurrencyTest, SubscribeLeavePushPingAndShutdownTogether) {
   WsUnitHost unitHost;
   LogCapture log{WsUnitHost::kLoggerId};
@@ -60,9 +67,11 @@ TEST(WsFanOutConcurrencyTest, SubscribeLeavePushPingAndShutdownTogether) {
         const auto conn = std::make_shared<FakeConnection>(
             "127.0.0.1", static_cast<std::uint16_t>(1000 + c * 1000 + round));
         try {
-          unitHost.manager().addListenerAndClient(upgradeRequest(), conn,
-                                                  &WsResource::messageGenerator,
-                                                  paths[(c + round) % paths.size()], session);
+          const bool sharing = c % 2 == 1;
+          unitHost.manager().addListenerAndClient(
+              upgradeRequest(), conn,
+              sharing ? MessageGeneratorFunction(&valueGenerator) : &WsResource::messageGenerator,
+              paths[(c + round) % paths.size()], session, sharing);
           ++joined;
         } catch (const std::out_of_range&) {
           // A path under the wider "/c/**" key: expected while that key exists.

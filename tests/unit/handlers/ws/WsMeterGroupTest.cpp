@@ -86,6 +86,21 @@ TEST_F(WsMeterGroupTest, EveryChangeBelowTheGroupHoweverDeepIsOneMeter) {
   EXPECT_EQ(voltage.value().values().at("value").doublevalue().value(), 47.75);
 }
 
+TEST_F(WsMeterGroupTest, ClientsOfTheGroupShareOneRenderingOfEachChange) {
+  static_assert(messageFromResourceOnly<WsMeterGroup>());
+  connect(std::string("path=") + kGroup, session);
+  auto second = std::make_shared<FakeConnection>("127.0.0.1", 40002);
+  endpoint.handleNewConnection(
+      upgradeRequest(std::string("path=") + kGroup, "SessionID=" + session), second);
+  change(std::string(kGroup) + "/outputPower", 99.5);
+  ASSERT_EQ(conn->sharedBuffers().size(), 1u);
+  ASSERT_EQ(second->sharedBuffers().size(), 1u);
+  EXPECT_EQ(conn->sharedBuffers()[0], second->sharedBuffers()[0]);
+  ASSERT_EQ(conn->sent().size(), 2u);
+  EXPECT_EQ(conn->sent()[1].data, second->sent()[1].data);
+  EXPECT_EQ(parsed(conn->sent()[1].data).value().values().at("value").doublevalue().value(), 99.5);
+}
+
 TEST_F(WsMeterGroupTest, ChangesOutsideTheGroupAreNotSent) {
   connect(std::string("path=") + kGroup, session);
   // A sibling whose name starts with the group's name is another group.

@@ -41,6 +41,15 @@ class FakeConnection : public web::WebSocketConnection {
     std::lock_guard<std::mutex> lock(mutex);
     frames.push_back({std::string(data, length), type});
   }
+  // Records which buffer was handed over, then sends it as any other message.
+  void sendShared(std::shared_ptr<const std::string> message,
+                  web::WebSocketMessageType type) override {
+    {
+      std::lock_guard<std::mutex> lock(mutex);
+      buffers.push_back(message);
+    }
+    send(*message, type);
+  }
   void shutdown(std::uint16_t code, const std::string& reason) override {
     std::lock_guard<std::mutex> lock(mutex);
     shutdowns.push_back({code, reason});
@@ -55,6 +64,11 @@ class FakeConnection : public web::WebSocketConnection {
     std::lock_guard<std::mutex> lock(mutex);
     return frames;
   }
+  // The buffers that came through sendShared, in order.
+  std::vector<std::shared_ptr<const std::string>> sharedBuffers() const {
+    std::lock_guard<std::mutex> lock(mutex);
+    return buffers;
+  }
   std::vector<Shutdown> shutdownCalls() const {
     std::lock_guard<std::mutex> lock(mutex);
     return shutdowns;
@@ -68,6 +82,7 @@ class FakeConnection : public web::WebSocketConnection {
   web::InetAddress local;
   mutable std::mutex mutex;
   std::vector<Frame> frames;
+  std::vector<std::shared_ptr<const std::string>> buffers;
   std::vector<Shutdown> shutdowns;
 };
 
