@@ -1,6 +1,7 @@
 # Shared by the benchmark scripts, sourced from the repository's root after `duration` and
 # `runs` are set: the tools, a scratch folder whose servers are stopped at exit, free ports,
-# waiting for a URL, and wrk runs measured against a server's CPU time.
+# waiting for a URL, wrk runs measured against a server's CPU time, and the servers that the
+# REST benchmarks measure: the plug-in in tavel-sim and the web layer's plaintext route.
 python=/usr/bin/python3
 tick=$(getconf CLK_TCK)
 
@@ -66,4 +67,75 @@ row() {  # label "rps p50 p99 cpu"
   local rps p50 p99 cpu
   read -r rps p50 p99 cpu <<<"$2"
   printf '%-40s %12s %10s %10s %10s us\n' "$1" "$rps" "$p50" "$p99" "$cpu"
+}
+
+# tavel-sim with libkelo.so from $build on one I/O thread pinned to CPU 0: its configuration and
+# log settings written into $work, the fixture FILE, and the further options of tavel-sim
+# (sessions, --no-demo-models). Sets sim_pid and http_port; the server is stopped at exit.
+start_sim_with_plugin() {  # fixture-file [tavel-sim options...]
+  local fixture=$1; shift
+  mkdir -p "$work/logs" "$work/www"
+  openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/CN=localhost" \
+    -keyout "$work/server.key" -out "$work/server.crt" 2>/dev/null
+  http_port=$(free_port)
+  local https_port
+  https_port=$(free_port)
+  cat > "$work/config.json" <<JSON
+{
+  "UserName": "kelo", "Password": "kelo-bench", "LogDirectory": "$work/logs",
+  "PX3LocalhostIp": ["127.0.0.1"],
+  "server-certificate": "$work/server.crt", "server-private-key": "$work/server.key",
+  "https-port": $https_port, "http-port": $http_port,
+  "drogon-config": "$work/web-config.json", "bypass-cors": false, "cors-origin": ""
+}
+JSON
+  cat > "$work/web-config.json" <<JSON
+{
+  "app": { "number_of_threads": 1, "document_root": "$work/www", "idle_connection_timeout": 0 },
+  "plugins": [
+    { "name": "WebKeloInterface", "config": {} },
+    { "name": "ResourceListenerManager", "config": {} },
+    { "name": "BackgroundTaskQueue", "config": { "threads_num": 1, "name": "keloBackground" } }
+  ]
+}
+JSON
+  cat > "$work/log.conf" <<'CONF'
+* GLOBAL:
+    ENABLED              =  true
+    TO_FILE              =  true
+    TO_STANDARD_OUTPUT   =  false
+* DEBUG:
+    ENABLED              =  false
+CONF
+  taskset -c 0 "$build/sim/tavel-sim" --plugin "$build/src/libkelo.so" \
+    --log-config "$work/log.conf" --config "$work/config.json" --fixture "$fixture" "$@" \
+    > "$work/sim.out" 2>&1 &
+  sim_pid=$!
+  pids+=("$sim_pid")
+}
+
+# The web layer alone (bench-web-plaintext, one I/O thread pinned to CPU 0), the yardstick every
+# route is measured beside. Sets plain_pid and plaintext_url.
+start_plaintext() {
+  local port
+  port=$(free_port)
+  taskset -c 0 "$build/bench/web/bench-web-plaintext" --threads 1 --port "$port" \
+    > "$work/plaintext.out" 2>&1 &
+  plain_pid=$!
+  pids+=("$plain_pid")
+  plaintext_url="http://127.0.0.1:$port/plaintext"
+  wait_for "$plaintext_url"
+}
+
+# KELO_BENCH_PERF=FILE: record a call-graph profile of the server pid into FILE under the load
+# of url (perf record -g; KELO_BENCH_PERF_OPTIONS replaces "-g") and end the script there.
+profile_if_asked() {  # pid url [wrk options...]
+  [ -n "${KELO_BENCH_PERF:-}" ] || return 0
+  local pid=$1 url=$2; shift 2
+  taskset -c 1 wrk -t1 -c64 -d12s "$@" "$url" > /dev/null &
+  local wrk_pid=$!
+  sleep 2
+  perf record ${KELO_BENCH_PERF_OPTIONS:--g} -p "$pid" -o "$KELO_BENCH_PERF" -- sleep 8
+  wait "$wrk_pid"
+  exit 0
 }

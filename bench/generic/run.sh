@@ -4,7 +4,8 @@
 # conversion and the JSON printing) next to the web layer's plaintext route, in the same run.
 # Each server runs with one I/O thread pinned to CPU 0; wrk runs on CPU 1:
 #   taskset -c 1 wrk -t1 -c64 -d10s --latency URL
-# Three runs of each; the median by requests/s is reported. BUILD_DIR (default build/release)
+# Three runs of each; the median by requests/s is reported. KELO_BENCH_PERF=FILE records a profile
+# of tavel-sim under the same load instead (perf record -g). BUILD_DIR (default build/release)
 # must hold tavel-sim, libkelo.so and bench-web-plaintext of a Release build.
 # KELO_BENCH_DURATION (10s) and KELO_BENCH_RUNS (3) change the length and number of runs.
 set -euo pipefail
@@ -15,38 +16,6 @@ runs=${KELO_BENCH_RUNS:-3}
 source bench/common.sh
 
 # --- the plug-in in tavel-sim, with a resource of ten values and a pre-made session ---
-mkdir -p "$work/logs" "$work/www"
-openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/CN=localhost" \
-  -keyout "$work/server.key" -out "$work/server.crt" 2>/dev/null
-http_port=$(free_port)
-https_port=$(free_port)
-cat > "$work/config.json" <<JSON
-{
-  "UserName": "kelo", "Password": "kelo-bench", "LogDirectory": "$work/logs",
-  "PX3LocalhostIp": ["127.0.0.1"],
-  "server-certificate": "$work/server.crt", "server-private-key": "$work/server.key",
-  "https-port": $https_port, "http-port": $http_port,
-  "drogon-config": "$work/web-config.json", "bypass-cors": false, "cors-origin": ""
-}
-JSON
-cat > "$work/web-config.json" <<JSON
-{
-  "app": { "number_of_threads": 1, "document_root": "$work/www", "idle_connection_timeout": 0 },
-  "plugins": [
-    { "name": "WebKeloInterface", "config": {} },
-    { "name": "ResourceListenerManager", "config": {} },
-    { "name": "BackgroundTaskQueue", "config": { "threads_num": 1, "name": "keloBackground" } }
-  ]
-}
-JSON
-cat > "$work/log.conf" <<'CONF'
-* GLOBAL:
-    ENABLED              =  true
-    TO_FILE              =  true
-    TO_STANDARD_OUTPUT   =  false
-* DEBUG:
-    ENABLED              =  false
-CONF
 cat > "$work/fixture.json" <<'JSON'
 {
   "users": [
@@ -70,11 +39,7 @@ cat > "$work/fixture.json" <<'JSON'
   "sessionTimeoutSeconds": 86400
 }
 JSON
-taskset -c 0 "$build/sim/tavel-sim" --plugin "$build/src/libkelo.so" \
-  --log-config "$work/log.conf" --config "$work/config.json" --fixture "$work/fixture.json" \
-  --no-demo-models --session bench-session=bench > "$work/sim.out" 2>&1 &
-sim_pid=$!
-pids+=("$sim_pid")
+start_sim_with_plugin "$work/fixture.json" --no-demo-models --session bench-session=bench
 resource_url="http://127.0.0.1:$http_port/1/api/resource?path=%2Fbench%2Ften"
 cookie=(-H "Cookie: SessionID=bench-session")
 wait_for "$resource_url" "${cookie[@]}"
@@ -82,25 +47,8 @@ values=$(curl -s "${cookie[@]}" "$resource_url" | "$python" -c \
   'import json,sys; print(len(json.load(sys.stdin)["values"]))')
 [ "$values" == 10 ] || { echo "bench: the resource has $values values, not 10"; exit 1; }
 
-# --- the web layer alone ---
-plain_port=$(free_port)
-taskset -c 0 "$build/bench/web/bench-web-plaintext" --threads 1 --port "$plain_port" \
-  > "$work/plaintext.out" 2>&1 &
-plain_pid=$!
-pids+=("$plain_pid")
-plaintext_url="http://127.0.0.1:$plain_port/plaintext"
-wait_for "$plaintext_url"
-
-# KELO_BENCH_PERF=FILE: record a call-graph profile of tavel-sim under the same load into FILE
-# (perf record -g) and stop there.
-if [ -n "${KELO_BENCH_PERF:-}" ]; then
-  taskset -c 1 wrk -t1 -c64 -d8s "${cookie[@]}" "$resource_url" > /dev/null &
-  wrk_pid=$!
-  sleep 1
-  perf record ${KELO_BENCH_PERF_OPTIONS:--g} -p "$sim_pid" -o "$KELO_BENCH_PERF" -- sleep 5
-  wait "$wrk_pid"
-  exit 0
-fi
+start_plaintext
+profile_if_asked "$sim_pid" "$resource_url" "${cookie[@]}"
 
 # Warm both up, then measure them in turn.
 taskset -c 1 wrk -t1 -c64 -d2s "${cookie[@]}" "$resource_url" > /dev/null

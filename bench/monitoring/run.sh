@@ -20,38 +20,6 @@ runs=${KELO_BENCH_RUNS:-5}
 source bench/common.sh
 
 # --- the plug-in in tavel-sim with the demo models, and a pre-made session ---
-mkdir -p "$work/logs" "$work/www"
-openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/CN=localhost" \
-  -keyout "$work/server.key" -out "$work/server.crt" 2>/dev/null
-http_port=$(free_port)
-https_port=$(free_port)
-cat > "$work/config.json" <<JSON
-{
-  "UserName": "kelo", "Password": "kelo-bench", "LogDirectory": "$work/logs",
-  "PX3LocalhostIp": ["127.0.0.1"],
-  "server-certificate": "$work/server.crt", "server-private-key": "$work/server.key",
-  "https-port": $https_port, "http-port": $http_port,
-  "drogon-config": "$work/web-config.json", "bypass-cors": false, "cors-origin": ""
-}
-JSON
-cat > "$work/web-config.json" <<JSON
-{
-  "app": { "number_of_threads": 1, "document_root": "$work/www", "idle_connection_timeout": 0 },
-  "plugins": [
-    { "name": "WebKeloInterface", "config": {} },
-    { "name": "ResourceListenerManager", "config": {} },
-    { "name": "BackgroundTaskQueue", "config": { "threads_num": 1, "name": "keloBackground" } }
-  ]
-}
-JSON
-cat > "$work/log.conf" <<'CONF'
-* GLOBAL:
-    ENABLED              =  true
-    TO_FILE              =  true
-    TO_STANDARD_OUTPUT   =  false
-* DEBUG:
-    ENABLED              =  false
-CONF
 cat > "$work/fixture.json" <<'JSON'
 {
   "users": [
@@ -61,11 +29,7 @@ cat > "$work/fixture.json" <<'JSON'
   "sessionTimeoutSeconds": 86400
 }
 JSON
-taskset -c 0 "$build/sim/tavel-sim" --plugin "$build/src/libkelo.so" \
-  --log-config "$work/log.conf" --config "$work/config.json" --fixture "$work/fixture.json" \
-  --session bench-session=bench > "$work/sim.out" 2>&1 &
-sim_pid=$!
-pids+=("$sim_pid")
+start_sim_with_plugin "$work/fixture.json" --session bench-session=bench
 dashboard_url="http://127.0.0.1:$http_port/1/api/meters/dashboard/available"
 cookie=(-H "Cookie: SessionID=bench-session")
 wait_for "$dashboard_url" "${cookie[@]}"
@@ -83,23 +47,8 @@ echo "dashboard: $collections collections, $groups groups, $meters meters ($valu
 [ "$meters" -ge 50 ] && [ "$valued" == "$meters" ] || {
   echo "bench: the dashboard does not hold the demo's meters"; exit 1; }
 
-# --- the web layer alone ---
-plain_port=$(free_port)
-taskset -c 0 "$build/bench/web/bench-web-plaintext" --threads 1 --port "$plain_port" \
-  > "$work/plaintext.out" 2>&1 &
-plain_pid=$!
-pids+=("$plain_pid")
-plaintext_url="http://127.0.0.1:$plain_port/plaintext"
-wait_for "$plaintext_url"
-
-if [ -n "${KELO_BENCH_PERF:-}" ]; then
-  taskset -c 1 wrk -t1 -c64 -d12s "${cookie[@]}" "$dashboard_url" > /dev/null &
-  wrk_pid=$!
-  sleep 2
-  perf record ${KELO_BENCH_PERF_OPTIONS:--g} -p "$sim_pid" -o "$KELO_BENCH_PERF" -- sleep 8
-  wait "$wrk_pid"
-  exit 0
-fi
+start_plaintext
+profile_if_asked "$sim_pid" "$dashboard_url" "${cookie[@]}"
 
 echo "machine: $(nproc) cores, load $(cut -d' ' -f1-3 /proc/loadavg) at the start"
 taskset -c 1 wrk -t1 -c64 -d2s "${cookie[@]}" "$dashboard_url" > /dev/null
