@@ -1,41 +1,27 @@
 // The client side of the WebSocket fan-out benchmark: N subscribers of one path through
-// "/1/ws/resource" and one heartbeat socket on "/1/ws/ping" (all share the address 127.0.0.1, so
-// one ping keeps every subscriber pushable), all in one process on one thread with Beast.
-// Each push carries the host's sequence number and the steady-clock time of its Update; the
-// client records the latency of every frame.
+// "/1/ws/resource" (bench/support/SubscriberSwarm). Each push carries the host's sequence number
+// and the steady-clock time of its Update; the client records the latency of every frame.
 //
 // Usage: bench-ws-fanout-client --port P --clients N [--session S] [--quiet-seconds Q]
 // Prints "subscribed N" once every first message arrived, and a summary when no push has come
 // for Q seconds (default 4) after the first one.
 #include <algorithm>
-#include <boost/asio/connect.hpp>
-#include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/steady_timer.hpp>
-#include <boost/beast/core.hpp>
-#include <boost/beast/websocket.hpp>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
-#include <functional>
 #include <iostream>
-#include <memory>
 #include <string>
 #include <vector>
 
+#include "SubscriberSwarm.h"
 #include "halvor/protobuf/Resource.pb.h"
 
-namespace beast = boost::beast;
-namespace websocket = beast::websocket;
-namespace asio = boost::asio;
-using tcp = asio::ip::tcp;
-using Clock = std::chrono::steady_clock;
+using halvor::bench::Clock;
+using halvor::bench::SubscriberSwarm;
 
 namespace {
 
 struct Totals {
-  std::size_t subscribed = 0;
-  std::size_t failed = 0;
-  std::size_t closed = 0;
   std::size_t frames = 0;
   std::int64_t maxSequence = 0;
   std::vector<float> latencyMs;
@@ -44,194 +30,71 @@ struct Totals {
   std::size_t outOfOrder = 0;
 };
 
-std::int64_t nowNs() {
-  return std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now().time_since_epoch())
-      .count();
+std::int64_t nanosecondsOf(Clock::time_point time) {
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(time.time_since_epoch()).count();
 }
 
-class Subscriber : public std::enable_shared_from_this<Subscriber> {
- public:
-  Subscriber(asio::io_context& io, Totals& totals, std::size_t index, std::string target,
-             std::string cookie, std::function<void()> onReady)
-      : ws_(io),
-        totals_(totals),
-        index_(index),
-        target_(std::move(target)),
-        cookie_(std::move(cookie)),
-        onReady_(std::move(onReady)) {}
-
-  void start(const tcp::resolver::results_type& endpoints) {
-    beast::get_lowest_layer(ws_).expires_after(std::chrono::seconds(60));
-    beast::get_lowest_layer(ws_).async_connect(
-        endpoints, [self = shared_from_this()](beast::error_code ec, const tcp::endpoint&) {
-          self->onConnect(ec);
-        });
-  }
-
-  void sendPing() {
-    ws_.text(true);
-    ws_.async_write(asio::buffer(ping_),
-                    [self = shared_from_this()](beast::error_code, std::size_t) {});
-  }
-
- private:
-  void onConnect(beast::error_code ec) {
-    if (ec) return fail(ec, "connect");
-    beast::get_lowest_layer(ws_).expires_never();
-    ws_.set_option(websocket::stream_base::timeout::suggested(beast::role_type::client));
-    ws_.set_option(
-        websocket::stream_base::decorator([cookie = cookie_](websocket::request_type& req) {
-          req.set(beast::http::field::cookie, cookie);
-        }));
-    ws_.async_handshake("127.0.0.1", target_, [self = shared_from_this()](beast::error_code e) {
-      if (e) return self->fail(e, "handshake");
-      self->read();
-    });
-  }
-
-  void read() {
-    ws_.async_read(buffer_, [self = shared_from_this()](beast::error_code ec, std::size_t) {
-      self->onRead(ec);
-    });
-  }
-
-  void onRead(beast::error_code ec) {
-    if (ec) {
-      ++totals_.closed;
-      return;
-    }
-    const std::int64_t received = nowNs();
-    if (!first_) {
-      first_ = true;
-      ++totals_.subscribed;
-      if (onReady_) onReady_();
-    } else if (ws_.got_binary()) {
-      halvor::protobuf::Resource resource;
-      const auto data = buffer_.data();
-      if (resource.ParseFromArray(data.data(), static_cast<int>(data.size()))) {
-        const auto& values = resource.values();
-        const auto sequence = values.at("value").intvalue().value();
-        const auto sent = std::stoll(values.at("sentNs").stringvalue().value());
-        totals_.latencyMs.push_back(static_cast<float>((received - sent) / 1e6));
-        ++totals_.frames;
-        totals_.maxSequence = std::max<std::int64_t>(totals_.maxSequence, sequence);
-        if (sequence <= totals_.lastSequence[index_]) ++totals_.outOfOrder;
-        totals_.lastSequence[index_] = sequence;
-        totals_.lastPush = Clock::now();
-      }
-    }
-    buffer_.consume(buffer_.size());
-    read();
-  }
-
-  void fail(beast::error_code ec, const char* what) {
-    if (totals_.failed++ == 0)
-      std::cerr << "first failure: " << what << ": " << ec.message() << "\n";
-    if (onReady_) onReady_();  // the next wave does not wait for a connection that failed
-  }
-
-  websocket::stream<beast::tcp_stream> ws_;
-  beast::flat_buffer buffer_;
-  Totals& totals_;
-  std::size_t index_;
-  std::string target_;
-  std::string cookie_;
-  std::function<void()> onReady_;
-  bool first_ = false;
-  const std::string ping_ = "ping";
-};
-
-double percentile(std::vector<float>& values, double p) {
-  if (values.empty()) return 0;
-  const std::size_t at = std::min(values.size() - 1, static_cast<std::size_t>(p * values.size()));
-  std::nth_element(values.begin(), values.begin() + static_cast<long>(at), values.end());
-  return values[at];
+void record(Totals& totals, std::size_t client, std::string_view bytes, bool binary,
+            Clock::time_point received) {
+  halvor::protobuf::Resource resource;
+  if (!binary || !resource.ParseFromArray(bytes.data(), static_cast<int>(bytes.size()))) return;
+  const auto& values = resource.values();
+  const auto sequence = values.at("value").intvalue().value();
+  const auto sent = std::stoll(values.at("sentNs").stringvalue().value());
+  totals.latencyMs.push_back(static_cast<float>((nanosecondsOf(received) - sent) / 1e6));
+  ++totals.frames;
+  totals.maxSequence = std::max<std::int64_t>(totals.maxSequence, sequence);
+  if (sequence <= totals.lastSequence[client]) ++totals.outOfOrder;
+  totals.lastSequence[client] = sequence;
+  totals.lastPush = Clock::now();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  int port = 0;
+  halvor::bench::SwarmOptions options;
+  options.session = "bench-session";
+  options.target = "/1/ws/resource?path=%2Fbench%2Ffanout";
   int clients = 0;
   int quietSeconds = 4;
-  std::string session = "bench-session";
   for (int i = 1; i + 1 < argc; i += 2) {
     const std::string option = argv[i];
     if (option == "--port")
-      port = std::atoi(argv[i + 1]);
+      options.port = std::atoi(argv[i + 1]);
     else if (option == "--clients")
       clients = std::atoi(argv[i + 1]);
     else if (option == "--session")
-      session = argv[i + 1];
+      options.session = argv[i + 1];
     else if (option == "--quiet-seconds")
       quietSeconds = std::atoi(argv[i + 1]);
   }
-  if (port == 0 || clients <= 0) {
+  if (options.port == 0 || clients <= 0) {
     std::cerr << "usage: bench-ws-fanout-client --port P --clients N [--session S]\n";
     return 2;
   }
+  options.clients = static_cast<std::size_t>(clients);
 
-  asio::io_context io;
   Totals totals;
-  totals.lastSequence.assign(static_cast<std::size_t>(clients), 0);
-  totals.latencyMs.reserve(static_cast<std::size_t>(clients) * 600);
-  const auto endpoints = tcp::resolver(io).resolve("127.0.0.1", std::to_string(port));
-  const std::string cookie = "SessionID=" + session;
+  totals.lastSequence.assign(options.clients, 0);
+  totals.latencyMs.reserve(options.clients * 600);
+  const halvor::bench::SwarmCounts counts = SubscriberSwarm::run(
+      options,
+      [&](std::size_t client, std::string_view bytes, bool binary, Clock::time_point received) {
+        record(totals, client, bytes, binary, received);
+      },
+      [&](const halvor::bench::SwarmCounts&) {
+        return totals.frames > 0 &&
+               Clock::now() - totals.lastPush > std::chrono::seconds(quietSeconds);
+      });
 
-  // The ping socket is not a subscriber: it counts into its own totals.
-  Totals pingTotals;
-  pingTotals.lastSequence.assign(1, 0);
-  auto ping = std::make_shared<Subscriber>(io, pingTotals, 0, "/1/ws/ping", cookie, nullptr);
-  ping->start(endpoints);
-
-  // Connect in waves so that the listen backlog is not overrun.
-  std::vector<std::shared_ptr<Subscriber>> subscribers;
-  std::size_t started = 0;
-  bool announced = false;
-  std::function<void()> startMore = [&] {
-    while (started < static_cast<std::size_t>(clients) &&
-           started < totals.subscribed + totals.failed + 100) {
-      auto subscriber =
-          std::make_shared<Subscriber>(io, totals, started, "/1/ws/resource?path=%2Fbench%2Ffanout",
-                                       cookie, [&] { startMore(); });
-      subscriber->start(endpoints);
-      subscribers.push_back(subscriber);
-      ++started;
-    }
-  };
-  startMore();
-
-  asio::steady_timer timer(io);
-  auto pingEvery = std::chrono::seconds(1);
-  auto lastPing = Clock::now();
-  std::function<void(beast::error_code)> tick = [&](beast::error_code) {
-    if (Clock::now() - lastPing >= pingEvery) {
-      ping->sendPing();
-      lastPing = Clock::now();
-    }
-    if (!announced && totals.subscribed + totals.failed >= static_cast<std::size_t>(clients)) {
-      announced = true;
-      std::cout << "subscribed " << totals.subscribed << " failed " << totals.failed << std::endl;
-    }
-    if (totals.frames > 0 && Clock::now() - totals.lastPush > std::chrono::seconds(quietSeconds)) {
-      io.stop();
-      return;
-    }
-    timer.expires_after(std::chrono::milliseconds(100));
-    timer.async_wait(tick);
-  };
-  timer.expires_after(std::chrono::milliseconds(100));
-  timer.async_wait(tick);
-  io.run();
-
-  const std::size_t live = totals.subscribed - std::min(totals.subscribed, totals.closed);
+  const std::size_t live = counts.subscribed - std::min(counts.subscribed, counts.closed);
   const std::size_t expected = live * static_cast<std::size_t>(totals.maxSequence);
   std::vector<float> latencies = totals.latencyMs;
-  const double p50 = percentile(latencies, 0.50);
-  const double p99 = percentile(latencies, 0.99);
+  const double p50 = SubscriberSwarm::percentile(latencies, 0.50);
+  const double p99 = SubscriberSwarm::percentile(latencies, 0.99);
   const double max = latencies.empty() ? 0 : *std::max_element(latencies.begin(), latencies.end());
-  std::cout << "clients " << clients << " subscribed " << totals.subscribed << " closed "
-            << totals.closed << " updates " << totals.maxSequence << " frames_expected " << expected
+  std::cout << "clients " << clients << " subscribed " << counts.subscribed << " closed "
+            << counts.closed << " updates " << totals.maxSequence << " frames_expected " << expected
             << " frames_received " << totals.frames << " out_of_order " << totals.outOfOrder
             << " p50_ms " << p50 << " p99_ms " << p99 << " max_ms " << max << std::endl;
   return 0;
