@@ -12,10 +12,10 @@
 namespace halvor::kelo::test {
 
 // Random messages of any type, filled by reflection: each member set or not, repeated members
-// and maps of a few elements, texts over all of ASCII and some UTF-8, numbers of every magnitude
-// with the extreme and non-finite ones, enum numbers with and without a name, nested messages
-// (wrappers, Timestamp and the project's own) a few levels deep. For the tests that hold the JSON
-// writers to protobuf's printer.
+// and maps of a few elements, texts over all of ASCII, some UTF-8 and a byte that is not UTF-8,
+// numbers of every magnitude with the extreme and non-finite ones, enum numbers with and without
+// a name, nested messages (wrappers, Timestamp and the project's own) a few levels deep. For the
+// tests that hold the JSON writers to protobuf's printer.
 class RandomMessages {
  public:
   explicit RandomMessages(unsigned seed) : random(seed) {}
@@ -49,9 +49,28 @@ class RandomMessages {
   int below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(random); }
 
   std::string text() {
-    static const char* const kPieces[] = {
-        "",  "a",  "value", "/meters/main", "\"",   "\\", "<",    ">", "'",  "&",
-        "=", "\n", "\t",    "\x01",         "\x7f", "é",  "日本", " ", "{}", "/"};
+    static const char* const kPieces[] = {"",
+                                          "a",
+                                          "value",
+                                          "/meters/main",
+                                          "\"",
+                                          "\\",
+                                          "<",
+                                          ">",
+                                          "'",
+                                          "&",
+                                          "=",
+                                          "\n",
+                                          "\t",
+                                          "\x01",
+                                          "\x7f",
+                                          "é",
+                                          "日本",
+                                          " ",
+                                          "{}",
+                                          "/",
+                                          "\xe2\x80\xa8",  // U+2028, which JSON printers may escape
+                                          "\xff"};         // not UTF-8 at all
     std::string out;
     const int pieces = below(5);
     for (int i = 0; i < pieces; ++i) {
@@ -95,6 +114,8 @@ class RandomMessages {
         return std::numeric_limits<float>::denorm_min();
       case 4:
         return std::numeric_limits<float>::max();
+      case 5:
+        return std::numeric_limits<float>::quiet_NaN();
       default:
         return std::ldexp(std::uniform_real_distribution<float>(-1, 1)(random), below(80) - 40);
     }

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "NestedResources.h"
+#include "RandomMessages.h"
 #include "kelo/common/JsonOptions.h"
 #include "kelo/common/ResourceDepth.h"
 #include "kelo/common/ResourceJsonWriter.h"
@@ -19,156 +20,15 @@ namespace {
 
 using Message = protobuf::ResourceValue;
 
-// Random messages of every shape: members set in any combination (also ones the converter never
-// makes), wrappers at their defaults, texts over all of ASCII and some UTF-8, floats and doubles
-// of every magnitude and the non-finite ones, enum numbers with and without a name.
-class RandomResources {
- public:
-  explicit RandomResources(unsigned seed) : random(seed) {}
-
-  protobuf::Resource resource() {
-    protobuf::Resource message;
-    const int count = below(6);
-    for (int i = 0; i < count; ++i) {
-      fill((*message.mutable_values())[text()], 0);
-    }
-    if (below(4) == 0) {
-      message.mutable_path()->set_value(text());
-    }
-    return message;
-  }
-
- private:
-  int below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(random); }
-
-  std::string text() {
-    static const char* const kPieces[] = {"",
-                                          "a",
-                                          "value",
-                                          "/system/alarms",
-                                          "\"",
-                                          "\\",
-                                          "<",
-                                          ">",
-                                          "'",
-                                          "&",
-                                          "=",
-                                          "\n",
-                                          "\t",
-                                          "\x01",
-                                          "\x7f",
-                                          "é",
-                                          "\xe2\x80\xa8",
-                                          "\xff",
-                                          "日本",
-                                          " ",
-                                          "{}",
-                                          "/"};
-    std::string out;
-    const int pieces = below(5);
-    for (int i = 0; i < pieces; ++i) {
-      if (below(3) == 0) {
-        out += static_cast<char>(0x20 + below(0x5f));  // any printable ASCII character
-      } else {
-        out += kPieces[below(sizeof(kPieces) / sizeof(kPieces[0]))];
-      }
-    }
-    return out;
-  }
-
-  float number32() {
-    switch (below(8)) {
-      case 0:
-        return 0.0f;
-      case 1:
-        return -0.0f;
-      case 2:
-        return std::numeric_limits<float>::infinity();
-      case 3:
-        return std::numeric_limits<float>::quiet_NaN();
-      case 4:
-        return std::numeric_limits<float>::denorm_min();
-      case 5:
-        return std::numeric_limits<float>::max();
-      default:
-        return std::ldexp(std::uniform_real_distribution<float>(-1, 1)(random), below(80) - 40);
-    }
-  }
-
-  double number64() {
-    switch (below(8)) {
-      case 0:
-        return 0.0;
-      case 1:
-        return -0.0;
-      case 2:
-        return -std::numeric_limits<double>::infinity();
-      case 3:
-        return std::numeric_limits<double>::quiet_NaN();
-      case 4:
-        return std::numeric_limits<double>::denorm_min();
-      case 5:
-        return 0.1;
-      default:
-        return std::ldexp(std::uniform_real_distribution<double>(-1, 1)(random), below(400) - 200);
-    }
-  }
-
-  void fill(Message& value, int depth) {
-    const int members = below(4);
-    for (int i = 0; i < members; ++i) {
-      switch (below(10)) {
-        case 0:
-          if (depth < 4) {
-            const int count = below(4);
-            for (int j = 0; j < count; ++j) fill(*value.add_listvalue(), depth + 1);
-          }
-          break;
-        case 1:
-          if (depth < 4) {
-            const int count = below(4);
-            for (int j = 0; j < count; ++j) fill((*value.mutable_mapvalue())[text()], depth + 1);
-          }
-          break;
-        case 2:
-          value.mutable_stringvalue()->set_value(text());
-          break;
-        case 3:
-          value.mutable_boolvalue()->set_value(below(2) == 0);
-          break;
-        case 4:
-          value.mutable_floatvalue()->set_value(number32());
-          break;
-        case 5:
-          value.mutable_doublevalue()->set_value(number64());
-          break;
-        case 6:
-          value.mutable_intvalue()->set_value(
-              std::uniform_int_distribution<int32_t>(std::numeric_limits<int32_t>::min(),
-                                                     std::numeric_limits<int32_t>::max())(random) >>
-              below(32));
-          break;
-        case 7:
-          value.mutable_bytesvalue()->set_value(text());
-          break;
-        default:
-          value.set_type(static_cast<Message::ValueType>(below(11)));
-          break;
-      }
-    }
-  }
-
-  std::mt19937 random;
-};
-
 TEST(ResourceJsonWriterTest, PrintsWhatProtobufPrintsForRandomMessages) {
   // Texts with bytes that are not UTF-8 make protobuf log a complaint on each serialisation.
   const google::protobuf::LogSilencer quiet;
-  RandomResources make(20261121);
+  test::RandomMessages make(20261121);
   int walked = 0;
   const int total = 20000;
   for (int i = 0; i < total; ++i) {
-    const protobuf::Resource message = make.resource();
+    protobuf::Resource message;
+    make.fill(message);
     const std::string expected = JsonOptions::protobufJson(message);
     ASSERT_EQ(ResourceJsonWriter::print(message), expected) << message.DebugString();
     std::string direct;
