@@ -139,3 +139,24 @@ profile_if_asked() {  # pid url [wrk options...]
   wait "$wrk_pid"
   exit 0
 }
+
+# The fan-out benchmarks' servers print "ready PORT" once they listen and "updated ..." once
+# their last change has been dispatched.
+ready_port() {  # server-output-file: prints the port, or fails when none comes within 30 s
+  local port=
+  for _ in $(seq 300); do
+    port=$(awk '/^ready/ {print $2}' "$1")
+    if [ -n "$port" ]; then echo "$port"; return 0; fi
+    sleep 0.1
+  done
+  echo "bench: the server did not start" >&2
+  exit 1
+}
+stop_when_updated() {  # server-pid server-output-file
+  for _ in $(seq 300); do
+    if grep -q '^updated' "$2"; then break; fi
+    sleep 0.1
+  done
+  kill -TERM "$1"
+  wait "$1" 2>/dev/null || true
+}

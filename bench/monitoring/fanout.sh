@@ -27,38 +27,17 @@ for program in "$server" "$client"; do
   [ -x "$program" ] || { echo "bench: $program is missing (build it first)"; exit 1; }
 done
 ulimit -n "$(ulimit -Hn)"
-work=$(mktemp -d)
-server_pid=
-cleanup() {
-  if [ -n "$server_pid" ] && kill -0 "$server_pid" 2>/dev/null; then
-    kill -TERM "$server_pid"
-    wait "$server_pid" 2>/dev/null || true
-  fi
-  rm -rf "$work"
-}
-trap cleanup EXIT
+source bench/common.sh
 
 echo "machine: $(nproc) cores, load $(cut -d' ' -f1-3 /proc/loadavg) at the start"
 for n in $clients_list; do
   "$server" --clients "$n" --meters 100 --groups 4 --rate "$rate" --duration "$duration" \
     --threads "$threads" --burst "$burst" > "$work/server.out" &
   server_pid=$!
-  port=
-  for _ in $(seq 300); do
-    port=$(awk '/^ready/ {print $2}' "$work/server.out")
-    if [ -n "$port" ]; then break; fi
-    sleep 0.1
-  done
-  [ -n "$port" ] || { echo "bench: the server did not start" >&2; exit 1; }
+  pids+=("$server_pid")
+  port=$(ready_port "$work/server.out")
   "$client" --port "$port" --clients "$n" --group /bench/meters > "$work/client.out"
-  # The server prints its summary once its last change has been dispatched.
-  for _ in $(seq 300); do
-    if grep -q '^updated' "$work/server.out"; then break; fi
-    sleep 0.1
-  done
-  kill -TERM "$server_pid"
-  wait "$server_pid" 2>/dev/null || true
-  server_pid=
+  stop_when_updated "$server_pid" "$work/server.out"
   changes=$(awk '/^updated/ {print $2}' "$work/server.out")
   live=$(grep -o 'live [0-9]*' "$work/client.out" | cut -d' ' -f2)
   received=$(grep -o 'frames_received [0-9]*' "$work/client.out" | cut -d' ' -f2)

@@ -24,40 +24,16 @@ server=$build/bench/ws/bench-ws-fanout-server
 client=$build/bench/ws/bench-ws-fanout-client
 # Every subscriber is a socket on both sides.
 ulimit -n "$(ulimit -Hn)"
-work=$(mktemp -d)
-server_pid=
-cleanup() {
-  if [ -n "$server_pid" ] && kill -0 "$server_pid" 2>/dev/null; then
-    kill -TERM "$server_pid"
-    wait "$server_pid" 2>/dev/null || true
-  fi
-  rm -rf "$work"
-}
-trap cleanup EXIT
+source bench/common.sh
 
 echo "machine: $(nproc) cores, load $(cut -d' ' -f1-3 /proc/loadavg), fd limit $(ulimit -n)"
 for n in $clients_list; do
   "$server" --clients "$n" --rate "$rate" --duration "$duration" --threads 2 >"$work/server.out" &
   server_pid=$!
-  port=
-  for _ in $(seq 200); do
-    port=$(awk '/^ready/ {print $2}' "$work/server.out")
-    if [ -n "$port" ]; then break; fi
-    sleep 0.1
-  done
-  if [ -z "$port" ]; then
-    echo "server did not start" >&2
-    exit 1
-  fi
+  pids+=("$server_pid")
+  port=$(ready_port "$work/server.out")
   "$client" --port "$port" --clients "$n" >"$work/client.out"
-  # The server prints its update summary when its last update has been dispatched.
-  for _ in $(seq 300); do
-    if grep -q '^updated' "$work/server.out"; then break; fi
-    sleep 0.1
-  done
-  kill -TERM "$server_pid"
-  wait "$server_pid" 2>/dev/null || true
-  server_pid=
+  stop_when_updated "$server_pid" "$work/server.out"
   echo "N=$n rate=$rate duration=${duration}s"
   sed 's/^/  client: /' "$work/client.out"
   grep -E '^(connected|updated)' "$work/server.out" | sed 's/^/  server: /'
