@@ -1,6 +1,10 @@
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/wrappers.pb.h>
 
+#include <cstdint>
+#include <string>
+#include <utility>
+
 #include "halvor/factories/FactoryCore.h"
 #include "halvor/factories/MonitoringFactories.h"
 #include "kelo/common/ResourceConverter.h"
