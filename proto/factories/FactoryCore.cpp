@@ -283,6 +283,34 @@ bool FactoryCore::fillFromResource(Message& message, const FieldDescriptor& fiel
   return true;
 }
 
+const HostValue* FactoryCore::plainValue(const FieldDescriptor& field, const FactoryRules& rules,
+                                         const tavelabi::Resource& resource) {
+  if (!rules.overrideOnly.empty() && rules.overrideOnly.count(field.name()) != 0) return nullptr;
+  const auto found = resource.values.find(field.json_name());
+  return found == resource.values.end() ? nullptr : &found->second;
+}
+
+bool FactoryCore::hasPlainKeys(const FactoryRules& rules) {
+  return rules.keys.empty() && rules.readers.empty() && !rules.keysRequired;
+}
+
+const std::string& FactoryCore::textOf(const FieldDescriptor& field, const HostValue& value,
+                                       const std::string& key) {
+  expectType(Target{field, key}, value, ResourceValueType::STRING);
+  return value.getStringValue();
+}
+
+double FactoryCore::doubleOf(const FieldDescriptor& field, const HostValue& value,
+                             const std::string& key) {
+  return numberOf(Target{field, key}, value);
+}
+
+int32_t FactoryCore::int32Of(const FieldDescriptor& field, const HostValue& value,
+                             const std::string& key) {
+  expectType(Target{field, key}, value, ResourceValueType::INT32);
+  return value.getIntValue();
+}
+
 void FactoryCore::settleField(Message& message, const Message& overrides,
                               const FieldDescriptor& field, const FactoryRules& rules,
                               const tavelabi::Resource* resource) {

@@ -36,6 +36,19 @@ std::optional<tavelabi::ResourceValue> ResourceTree::findValue(const std::string
   return value->second;
 }
 
+std::optional<std::string> ResourceTree::findText(const std::string& path,
+                                                  const std::string& key) const {
+  std::shared_lock lock(mutex_);
+  auto found = resources_.find(path);
+  if (found == resources_.end()) return std::nullopt;
+  auto value = found->second.values.find(key);
+  if (value == found->second.values.end() ||
+      value->second.getType() != tavelabi::ResourceValueType::STRING) {
+    return std::nullopt;
+  }
+  return value->second.getStringValue();
+}
+
 Resource ResourceTree::create(const std::string& path, const Resource& resource,
                               const Observer& observer) {
   std::unique_lock lock(mutex_);

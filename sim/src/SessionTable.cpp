@@ -50,12 +50,22 @@ SessionRecord* SessionTable::liveRecord(const std::string& sessionId) {
   return &found->second;
 }
 
-SessionRecord SessionTable::check(const std::string& sessionId, bool countsAsActivity) {
-  std::lock_guard lock(mutex_);
+SessionRecord& SessionTable::checkedRecord(const std::string& sessionId, bool countsAsActivity) {
   SessionRecord* record = liveRecord(sessionId);
   if (record == nullptr) throw tavelabi::NonExistentSessionException(missingText(sessionId));
   if (countsAsActivity) record->lastActivity = clock_();
   return *record;
+}
+
+SessionRecord SessionTable::check(const std::string& sessionId, bool countsAsActivity) {
+  std::lock_guard lock(mutex_);
+  return checkedRecord(sessionId, countsAsActivity);
+}
+
+SessionUser SessionTable::checkUser(const std::string& sessionId, bool countsAsActivity) {
+  std::lock_guard lock(mutex_);
+  const SessionRecord& record = checkedRecord(sessionId, countsAsActivity);
+  return SessionUser{record.loggedIn, record.username};
 }
 
 std::optional<SessionRecord> SessionTable::find(const std::string& sessionId) {

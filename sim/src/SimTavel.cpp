@@ -1,6 +1,7 @@
 #include "sim/SimTavel.h"
 
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "sim/Console.h"
@@ -22,7 +23,7 @@ namespace {
 
 constexpr const char* kInvalidCredentials = "Invalid username or password";
 
-bool startsWith(const std::string& text, const std::string& prefix) {
+bool startsWith(const std::string& text, std::string_view prefix) {
   return text.compare(0, prefix.size(), prefix) == 0;
 }
 
@@ -97,7 +98,7 @@ void SimTavel::setPluginStatus(IPluginInfo* plugin, const tavelabi::PluginStatus
 }
 
 Resource SimTavel::processResourceAction(ResourceAction& action) {
-  SessionRecord session = sessions_.check(action.sessionId, countsAsActivity(action));
+  const SessionUser session = sessions_.checkUser(action.sessionId, countsAsActivity(action));
   authorize(session, action);
   Resource answer = execute(action);
   action.resource = answer;
@@ -259,22 +260,29 @@ std::size_t SimTavel::sessionCount() const { return sessions_.size(); }
 
 bool SimTavel::countsAsActivity(const ResourceAction& action) {
   if (action.action != CCRUD::Read) return true;
-  auto found = action.resource.values.find(kBypassKey);
+  // Every action of a plug-in passes here: the key is made once, not for each lookup.
+  static const std::string kBypass(kBypassKey);
+  auto found = action.resource.values.find(kBypass);
   if (found == action.resource.values.end()) return true;
   return !(found->second.getType() == ResourceValueType::BOOL && found->second.getBoolValue());
 }
 
 std::optional<Role> SimTavel::roleOf(const std::string& username) const {
-  // Read on every action, so that a changed role counts at once; only the one value is copied.
-  std::optional<ResourceValue> role = tree_.findValue(kUsersPrefix + username, "role");
-  if (!role || role->getType() != ResourceValueType::STRING) return std::nullopt;
-  return AccessRights::parseRole(role->getStringValue());
+  // Read on every action, so that a changed role counts at once; only the one text is copied,
+  // and the user's path is written into a buffer of the thread that keeps its memory.
+  static const std::string kRole("role");
+  thread_local std::string userPath;
+  userPath.assign(kUsersPrefix).append(username);
+  std::optional<std::string> role = tree_.findText(userPath, kRole);
+  if (!role) return std::nullopt;
+  return AccessRights::parseRole(*role);
 }
 
-void SimTavel::authorize(const SessionRecord& session, const ResourceAction& action) const {
+// The session was found under action.sessionId, which is therefore its identifier.
+void SimTavel::authorize(const SessionUser& session, const ResourceAction& action) const {
   if (AccessRights::isSessionCommand(action.action, action.path)) return;
   if (!session.loggedIn) {
-    throw AuthorizationFailure("Session " + session.sessionId + " is not logged in and may not " +
+    throw AuthorizationFailure("Session " + action.sessionId + " is not logged in and may not " +
                                tavelabi::toString(action.action) + " " + action.path);
   }
   std::optional<Role> role = roleOf(session.username);

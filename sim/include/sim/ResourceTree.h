@@ -24,6 +24,9 @@ class ResourceTree {
   // One value of the resource at `path`, without copying the rest of it.
   std::optional<tavelabi::ResourceValue> findValue(const std::string& path,
                                                    const std::string& key) const;
+  // The text under the key of the resource at `path`; nothing when there is no such resource,
+  // no such key, or the value is not a STRING.
+  std::optional<std::string> findText(const std::string& path, const std::string& key) const;
   // Stores the resource at the path, replacing an earlier one; returns what is stored.
   tavelabi::Resource create(const std::string& path, const tavelabi::Resource& resource,
                             const Observer& observer = {});

@@ -21,6 +21,12 @@ struct SessionRecord {
   std::chrono::steady_clock::time_point lastActivity;
 };
 
+// What the rights check needs of a session: whether it is logged in, and as whom.
+struct SessionUser {
+  bool loggedIn = false;
+  std::string username;
+};
+
 // The host's sessions with inactivity expiry. A session that has been idle for longer than the
 // timeout is gone: the next look at it removes it and reports it as unknown.
 class SessionTable {
@@ -35,6 +41,9 @@ class SessionTable {
   // The live session, counted as activity when asked to. NonExistentSessionException for an
   // empty, unknown or expired identifier.
   SessionRecord check(const std::string& sessionId, bool countsAsActivity);
+  // check() for every action of a plug-in: the same checks and activity, without copying the
+  // whole record.
+  SessionUser checkUser(const std::string& sessionId, bool countsAsActivity);
   // The live session without counting activity; nothing when it is unknown or expired.
   std::optional<SessionRecord> find(const std::string& sessionId);
   // Logs the session in as the user. NonExistentSessionException when it is gone.
@@ -54,6 +63,9 @@ class SessionTable {
   bool isExpired(const SessionRecord& record, std::chrono::steady_clock::time_point now) const;
   // Requires mutex_.
   SessionRecord* liveRecord(const std::string& sessionId);
+  // The live record, its activity counted when asked to; NonExistentSessionException when there
+  // is none. Requires mutex_.
+  SessionRecord& checkedRecord(const std::string& sessionId, bool countsAsActivity);
 
   Clock clock_;
   mutable std::mutex mutex_;

@@ -105,7 +105,7 @@ class SimTavel : public tavelabi::ITavel {
 
  private:
   static bool countsAsActivity(const tavelabi::ResourceAction& action);
-  void authorize(const SessionRecord& session, const tavelabi::ResourceAction& action) const;
+  void authorize(const SessionUser& session, const tavelabi::ResourceAction& action) const;
   std::optional<Role> roleOf(const std::string& username) const;
   tavelabi::Resource execute(tavelabi::ResourceAction& action);
   // Queues a Create or Update for the listeners with the resource now stored at its path.

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,18 @@ TEST(ResourceTreeTest, ReadOfMissingPathNamesThePath) {
   } catch (const tavelabi::NonExistentResourcePathException& error) {
     EXPECT_STREQ("No resource at /nothing/here", error.what());
   }
+}
+
+TEST(ResourceTreeTest, FindTextAnswersOnlyATextUnderTheKey) {
+  ResourceTree tree;
+  Resource user;
+  user.values["role"] = ResourceValue(std::string("operator"));
+  user.values["count"] = ResourceValue(3);
+  tree.create("/user/users/oper", user);
+  EXPECT_EQ(std::optional<std::string>("operator"), tree.findText("/user/users/oper", "role"));
+  EXPECT_EQ(std::nullopt, tree.findText("/user/users/oper", "count"));
+  EXPECT_EQ(std::nullopt, tree.findText("/user/users/oper", "missing"));
+  EXPECT_EQ(std::nullopt, tree.findText("/user/users/nobody", "role"));
 }
 
 TEST(ResourceTreeTest, CreateReplacesAnEarlierResource) {

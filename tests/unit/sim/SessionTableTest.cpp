@@ -93,6 +93,30 @@ TEST(SessionTableTest, LoginSetsUserAndLogoutEnds) {
   EXPECT_THROW(table.login(id, "alice"), tavelabi::NonExistentSessionException);
 }
 
+TEST(SessionTableTest, CheckUserAnswersTheLoginAndCountsActivityAsCheckDoes) {
+  ManualClock clock;
+  SessionTable table(clock.function(), 10s);
+  std::string id = table.create(false).sessionId;
+  EXPECT_FALSE(table.checkUser(id, true).loggedIn);
+  EXPECT_EQ("", table.checkUser(id, true).username);
+  table.login(id, "alice");
+  const SessionUser user = table.checkUser(id, true);
+  EXPECT_TRUE(user.loggedIn);
+  EXPECT_EQ("alice", user.username);
+  clock.advance(8s);
+  EXPECT_NO_THROW(table.checkUser(id, true));
+  clock.advance(8s);
+  EXPECT_NO_THROW(table.checkUser(id, false));  // not counted
+  clock.advance(3s);
+  try {
+    table.checkUser(id, false);
+    FAIL() << "no exception";
+  } catch (const tavelabi::NonExistentSessionException& error) {
+    EXPECT_EQ("Session " + id + " does not exist", std::string(error.what()));
+  }
+  EXPECT_EQ(0u, table.size());
+}
+
 TEST(SessionTableTest, GivenIdentifierIsUsedAndMustBeFree) {
   SessionTable table({}, 900s);
   EXPECT_EQ("fixed-id", table.create(false, "fixed-id").sessionId);

@@ -169,6 +169,31 @@ TEST(SimTavelTest, ReadOfAGlobNeedsALiveLoggedInSession) {
                AuthorizationFailure);
 }
 
+TEST(SimTavelTest, ASessionNotLoggedInIsRefusedWithItsIdentifierTheVerbAndThePath) {
+  HostWithUsers h;
+  const std::string fresh = h.run(CCRUD::Command, "/session/command/newSession", h.adminSession)
+                                .values.at("sessionId")
+                                .getStringValue();
+  EXPECT_EQ("Session " + fresh + " is not logged in and may not Read /presets/active",
+            messageOf<AuthorizationFailure>([&] { h.run(CCRUD::Read, "/presets/active", fresh); }));
+}
+
+TEST(SimTavelTest, AChangedRoleCountsAtTheNextAction) {
+  HostWithUsers h;
+  EXPECT_NO_THROW(h.run(CCRUD::Create, "/presets/active", h.operatorSession));
+  h.run(CCRUD::Update, "/user/users/oper", h.adminSession, text("role", "read-only"));
+  EXPECT_EQ("User oper may not Update /presets/active", messageOf<AuthorizationFailure>([&] {
+              h.run(CCRUD::Update, "/presets/active", h.operatorSession);
+            }));
+  h.run(CCRUD::Update, "/user/users/oper", h.adminSession, text("role", "operator"));
+  EXPECT_NO_THROW(h.run(CCRUD::Update, "/presets/active", h.operatorSession));
+  // A role that is not a text, or not a role, grants nothing.
+  h.run(CCRUD::Update, "/user/users/oper", h.adminSession, Resource("role", ResourceValue(1)));
+  EXPECT_THROW(h.run(CCRUD::Read, "/presets/active", h.operatorSession), AuthorizationFailure);
+  h.run(CCRUD::Update, "/user/users/oper", h.adminSession, text("role", "guest"));
+  EXPECT_THROW(h.run(CCRUD::Read, "/presets/active", h.operatorSession), AuthorizationFailure);
+}
+
 TEST(SimTavelTest, UnknownCommandIsANonExistentPath) {
   HostWithUsers h;
   EXPECT_EQ("No resource at /command/unknown", messageOf<NonExistentResourcePathException>([&] {

@@ -3,6 +3,7 @@
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -57,6 +58,25 @@ class FactoryCore {
   // the resource's value. Fields the rules keep to their override are left alone.
   static void takeFromResource(google::protobuf::Message& message, const FactoryRules& rules,
                                const tavelabi::Resource& resource);
+
+  // For a factory that reads its message's keys directly instead of walking its descriptor (a
+  // specialised build): the host value that feeds the field by the generic rule (its JSON name
+  // as the key), or nullptr when the resource lacks the key or the rules keep the field to its
+  // override. Only for rules that hasPlainKeys accepts.
+  static const tavelabi::ResourceValue* plainValue(const google::protobuf::FieldDescriptor& field,
+                                                   const FactoryRules& rules,
+                                                   const tavelabi::Resource& resource);
+  // Rules without key lists, readers or required keys: every field is found by its JSON name.
+  static bool hasPlainKeys(const FactoryRules& rules);
+
+  // The conversions of assign for one kind of field, with its checks and its
+  // ResourceValueMismatch texts; field is the message's own field, key the host key.
+  static const std::string& textOf(const google::protobuf::FieldDescriptor& field,
+                                   const tavelabi::ResourceValue& value, const std::string& key);
+  static double doubleOf(const google::protobuf::FieldDescriptor& field,
+                         const tavelabi::ResourceValue& value, const std::string& key);
+  static int32_t int32Of(const google::protobuf::FieldDescriptor& field,
+                         const tavelabi::ResourceValue& value, const std::string& key);
 
   // One field by the rule: the resource's value when it has the key, else the override's field,
   // else the field is cleared.

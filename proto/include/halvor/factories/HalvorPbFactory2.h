@@ -43,7 +43,7 @@ class HalvorPbFactory2 {
 
   virtual std::shared_ptr<Message> build(tavelabi::Resource* resource) {
     auto message = std::make_shared<Message>(overrides_);
-    if (resource != nullptr) FactoryCore::takeFromResource(*message, *rules_, *resource);
+    if (resource != nullptr) takeFrom(*message, *resource);
     return message;
   }
 
@@ -56,7 +56,7 @@ class HalvorPbFactory2 {
     } else {
       auto message = std::make_shared<Message>(std::move(overrides_));
       overrides_.Clear();
-      if (resource != nullptr) FactoryCore::takeFromResource(*message, *rules_, *resource);
+      if (resource != nullptr) takeFrom(*message, *resource);
       return message;
     }
   }
@@ -65,6 +65,14 @@ class HalvorPbFactory2 {
   const FactoryRules& rules() const { return *rules_; }
 
  private:
+  // message holds the overrides; each field the resource has a key for takes the resource's
+  // value, by the rules. The generic walk goes over the descriptor field by field; a message
+  // built often may specialise this to read its keys directly, with the same result
+  // (MonitoringFactories.h, the meters).
+  void takeFrom(Message& message, const tavelabi::Resource& resource) const {
+    FactoryCore::takeFromResource(message, *rules_, resource);
+  }
+
   const FactoryRules* rules_;
   Message overrides_;
 };

@@ -18,6 +18,19 @@ using HalvorPbFactory2MeterCollectionList = HalvorPbFactory2<MeterCollectionList
 using HalvorPbFactory2MeterCollectionLink = HalvorPbFactory2<MeterCollectionLink>;
 using HalvorPbFactory2MeterCollectionLinks = HalvorPbFactory2<MeterCollectionLinks>;
 
+// The meter tree is built for every dashboard read, about a hundred meters at a time: its
+// messages read their keys directly instead of walking their descriptors, with the generic
+// rule's results and errors (proto/factories/MeterFactories.cpp). Rules with key lists, readers
+// or required keys still go the generic way.
+template <>
+void HalvorPbFactory2<Meter>::takeFrom(Meter& message, const tavelabi::Resource& resource) const;
+template <>
+void HalvorPbFactory2<MeterGroup>::takeFrom(MeterGroup& message,
+                                            const tavelabi::Resource& resource) const;
+template <>
+void HalvorPbFactory2<MeterCollection>::takeFrom(MeterCollection& message,
+                                                 const tavelabi::Resource& resource) const;
+
 using HalvorPbFactory2AudioInputChannel = HalvorPbFactory2<AudioInputChannel>;
 using HalvorPbFactory2AudioInput = HalvorPbFactory2<AudioInput>;
 using HalvorPbFactory2AudioInputsList = HalvorPbFactory2<AudioInputsList>;

@@ -100,7 +100,8 @@ std::shared_ptr<protobuf::Meter> MeterEndpointHelperClass::convertMeterToHalvorP
         ResourceConverter::toHalvorPbResourceValue(reading->second);
   }
   *factory.overrides().mutable_device() = deviceOf(resource);
-  return factory.build(&resource);
+  // The factory builds once: its overrides (the reading, the device) move into the meter.
+  return factory.release(&resource);
 }
 
 // The device's GUID is the device name directly followed by the id, with no separator: meters
