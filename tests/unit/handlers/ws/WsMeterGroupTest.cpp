@@ -36,7 +36,7 @@ class WsMeterGroupTest : public ::testing::Test {
  protected:
   WsMeterGroupTest() {
     unitHost.setConnectivity("127.0.0.1", 5);
-    for (const std::string path :
+    for (const std::string& path :
          {std::string(kGroup) + "/outputPower", std::string(kGroup) + "/module1/pa/voltage",
           std::string("/meters/amplifiers/amplifier10/outputPower")}) {
       unitHost.hostAction(CCRUD::Create, path, meter(path, 1.0));
@@ -110,7 +110,7 @@ TEST_F(WsMeterGroupTest, ChangesOutsideTheGroupAreNotSent) {
 }
 
 TEST_F(WsMeterGroupTest, AMissingOrEmptyPathIsLoggedWithoutFrameOrSubscription) {
-  for (const std::string query : {std::string(), std::string("path=")}) {
+  for (const std::string& query : {std::string(), std::string("path=")}) {
     log.clear();
     connect(query, session);
     EXPECT_TRUE(conn->sent().empty());
