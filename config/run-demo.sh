@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# config/run-demo.sh <build dir>: starts the simulated transmitter with the plug-in from the
-# repository's root. Makes a self-signed certificate and key on first run (never committed).
+# config/run-demo.sh [build dir] [tavel-sim options...]: starts the simulated transmitter with the
+# plug-in from the repository's root; further options go to tavel-sim (e.g. a pre-made session,
+# --session ID=USER). Makes a self-signed certificate and key on first run (never committed).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build/release}
+shift || true
 
 mkdir -p certificates logs
 if [ ! -f certificates/server.crt ] || [ ! -f certificates/server.key ]; then
@@ -19,4 +21,4 @@ exec "$build/sim/tavel-sim" \
   --log-config config/log.conf \
   --config config/config.json \
   --web-config config/drogon-config.json \
-  --fixture config/fixtures/demo.json
+  --fixture config/fixtures/demo.json "$@"
