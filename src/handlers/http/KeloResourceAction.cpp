@@ -30,9 +30,10 @@ bool KeloResourceAction::isLocalHost(const web::HttpRequestPtr& req) {
                                 pluginInfo->getSessionId());
   const tavelabi::Resource answer = KeloHost::tavel()->processResourceAction(read);
 
+  const std::string peerIp = peer.toIp();
   bool listed = false;
   for (const auto& ip : answer.values.at("value").getListValue()) {
-    if (ip.getStringValue() == peer.toIp()) {
+    if (ip.getStringValue() == peerIp) {
       listed = true;
     }
   }
