@@ -68,6 +68,15 @@ EventEndpointHelperClass::Ordering EventEndpointHelperClass::getRequestedOrderin
   return result;
 }
 
+tavelabi::Resource EventEndpointHelperClass::eventSelection(const Ordering& ordering,
+                                                            unsigned int type) {
+  tavelabi::Resource selection;
+  selection.addValue("displayOrder", ordering.field);
+  selection.addValue("descending", ordering.descending);
+  selection.addValue("eventType", static_cast<int>(type));
+  return selection;
+}
+
 unsigned int EventEndpointHelperClass::getQueryParameterUint(QueryMap& query, std::string key) {
   int number = 0;
   try {

@@ -19,10 +19,7 @@ void GenerateCsvHandler::processHttpRequest(const web::HttpRequestPtr& req,
   const Helper::Ordering ordering = Helper::getRequestedOrdering(query);
   const unsigned int type = Helper::getQueryParameterUint(query, "type");
 
-  tavelabi::Resource request;
-  request.addValue("displayOrder", ordering.field);
-  request.addValue("descending", ordering.descending);
-  request.addValue("eventType", static_cast<int>(type));
+  const tavelabi::Resource request = Helper::eventSelection(ordering, type);
   KeloResourceAction action(tavelabi::CCRUD::Command, kGenerateCsvCommand, request, info, sessionId,
                             req);
   // The host writes the file where it keeps its files; the client fetches it from there.

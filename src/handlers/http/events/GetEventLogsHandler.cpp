@@ -26,12 +26,9 @@ void GetEventLogsHandler::processHttpRequest(const web::HttpRequestPtr& req,
   const unsigned int pageSize = Helper::getQueryParameterUint(query, "page_size");
   const unsigned int type = Helper::getQueryParameterUint(query, "type");
 
-  tavelabi::Resource request;
-  request.addValue("displayOrder", ordering.field);
-  request.addValue("descending", ordering.descending);
+  tavelabi::Resource request = Helper::eventSelection(ordering, type);
   request.addValue("page", static_cast<int>(page));
   request.addValue("pageSize", static_cast<int>(pageSize));
-  request.addValue("eventType", static_cast<int>(type));
   KeloResourceAction action(tavelabi::CCRUD::Command, kGetEventsCommand, request, info, sessionId,
                             req);
   const tavelabi::Resource answer = tavel->processResourceAction(action);

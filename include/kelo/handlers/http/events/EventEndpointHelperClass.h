@@ -10,6 +10,7 @@
 
 #include "halvor/protobuf/Monitoring.pb.h"
 #include "kelo/web/HttpRequest.h"
+#include "tavelabi/Resource.h"
 #include "tavelabi/ResourceValue.h"
 
 namespace halvor::kelo {
@@ -47,6 +48,10 @@ class EventEndpointHelperClass {
   // "ordering": "-field" is descending, "field" ascending; empty or not an allowed field is
   // "time" descending.
   static Ordering getRequestedOrdering(QueryMap& query);
+
+  // The selection that the host's event commands share: "displayOrder", "descending" and
+  // "eventType". The paged read adds its page to it.
+  static tavelabi::Resource eventSelection(const Ordering& ordering, unsigned int type);
   // The value of `key` as a number. A missing or non-numeric value is 0 for "type" and
   // RequestMissingQueryParameter(key) for any other key; a number beyond int throws
   // std::out_of_range; 0 for "page_size" is kDefaultPageSize. A negative number comes back as
