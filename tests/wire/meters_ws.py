@@ -68,19 +68,6 @@ def connect(sim, target, session=VIEWER):
                                        cookie="SessionID=" + session)
 
 
-def receive_for(ws, seconds):
-    """Every data frame that arrives within `seconds`."""
-    frames = []
-    deadline = time.time() + seconds
-    while time.time() < deadline:
-        ws.settimeout(max(0.05, deadline - time.time()))
-        try:
-            opcode, data = ws.recv_data()
-        except websocket.WebSocketTimeoutException:
-            break
-        frames.append((opcode, data))
-    return frames
-
 
 def heartbeat(sim):
     """Pushes reach only clients whose address keeps pinging."""
@@ -122,7 +109,7 @@ def fixed_tree(sim, checks, m):
     checks.check("PUT of a status meter is 200", put(sim, GROUP + "/ok", False) == 200)
     checks.check("PUT of a meter of another group is 200",
                  put(sim, "/meters/amplifiers/amplifier1/outputPower", 900.0) == 200)
-    frames = receive_for(group, 1.5)
+    frames = wire.receive_for(group, 1.5)
     meters = [m.Meter.FromString(data) for _, data in frames]
     paths = [x.path.value for x in meters]
     checks.check("one Meter per change below the group, in order",
@@ -154,7 +141,7 @@ def fixed_tree(sim, checks, m):
         checks.check("a meter without device keys has an empty device",
                      ok.HasField("device") and not ok.device.HasField("name")
                      and not ok.device.HasField("guid"), str(ok))
-    encoded_paths = [m.Meter.FromString(d).path.value for _, d in receive_for(encoded, 0.5)]
+    encoded_paths = [m.Meter.FromString(d).path.value for _, d in wire.receive_for(encoded, 0.5)]
     checks.check("the percent-encoded subscription got the same changes",
                  encoded_paths == [GROUP + "/outputPower", GROUP + "/module1/pa/voltage",
                                    GROUP + "/ok"], repr(encoded_paths))
@@ -165,19 +152,19 @@ def fixed_tree(sim, checks, m):
                                                              "stringValue": "Amp 2"}}})
     checks.check("PUT of the group itself is 200", status == 200, str(status))
     checks.check("a change of the group's own resource is not pushed",
-                 receive_for(group, 0.8) == [], "")
+                 wire.receive_for(group, 0.8) == [], "")
 
     unknown = connect(sim, "/1/ws/meters/group?path=%2Fmeters%2Fno%2Fsuch")
     _, unknown_first = unknown.recv_data()
     checks.check("a group path the host lacks still gets the empty first frame",
                  unknown_first == b"", repr(unknown_first))
-    checks.check("and then nothing", receive_for(unknown, 0.5) == [], "")
+    checks.check("and then nothing", wire.receive_for(unknown, 0.5) == [], "")
     unknown.close()
 
     for query, name in (("", "missing"), ("?path=", "empty")):
         silent = connect(sim, "/1/ws/meters/group" + query)
         checks.check("a path that is %s gets no frame and the socket stays open" % name,
-                     receive_for(silent, 0.8) == [] and silent.connected, "")
+                     wire.receive_for(silent, 0.8) == [] and silent.connected, "")
         silent.close()
     time.sleep(0.3)
     checks.check("a connection without path is logged",
@@ -187,7 +174,7 @@ def fixed_tree(sim, checks, m):
     ping.recv_data()
     checks.check("PUT after the failed connections is 200",
                  put(sim, GROUP + "/outputPower", 1.5) == 200)
-    late = [m.Meter.FromString(d).path.value for _, d in receive_for(group, 1.0)]
+    late = [m.Meter.FromString(d).path.value for _, d in wire.receive_for(group, 1.0)]
     checks.check("the subscription still works after them", late == [GROUP + "/outputPower"],
                  repr(late))
     for client in (group, encoded, ping):
@@ -202,7 +189,7 @@ def demo_tree(sim, checks, m):
     group = connect(sim, "/1/ws/meters/group?path=%2Fmeters%2Famplifiers%2Famplifier3")
     _, first = group.recv_data()
     checks.check("demo: the first frame is empty", first == b"", repr(first))
-    frames = receive_for(group, 1.5)
+    frames = wire.receive_for(group, 1.5)
     pushed = set(m.Meter.FromString(d).path.value for _, d in frames)
     status, _, body = sim.get("/1/api/meters/collections?path=%2Fmeters%2Famplifiers%2Flist",
                               VIEWER)

@@ -34,19 +34,6 @@ def connect(sim, target, **options):
                                        cookie="SessionID=" + SESSION, **options)
 
 
-def receive_for(ws, seconds):
-    """Every frame that arrives within `seconds`."""
-    frames = []
-    deadline = time.time() + seconds
-    while time.time() < deadline:
-        ws.settimeout(max(0.05, deadline - time.time()))
-        try:
-            opcode, data = ws.recv_data()
-        except websocket.WebSocketTimeoutException:
-            break
-        frames.append((opcode, data))
-    return frames
-
 
 def close_answer(client, code):
     """Sends a close frame with code and returns the payload of the server's close frame."""
@@ -82,7 +69,7 @@ def run(sim, checks):
     for _ in range(3):
         ping.send("ping")
         ping.recv_data()
-        pushes += receive_for(sub, 1.0)
+        pushes += wire.receive_for(sub, 1.0)
     values = [int_value(d) for _, d in pushes]
     checks.check("pushes arrive while pinging", len(values) >= 2, repr(values))
     checks.check("pushes count up", values == sorted(values) and values[0] > first_value,
@@ -102,7 +89,7 @@ def run(sim, checks):
     for _ in range(3):
         ping.send("ping")
         ping.recv_data()
-        glob_pushes += [wire.resource_values(d) for _, d in receive_for(glob, 1.0)]
+        glob_pushes += [wire.resource_values(d) for _, d in wire.receive_for(glob, 1.0)]
     counts = [p["value"] for p in glob_pushes if isinstance(p.get("value"), int)]
     clocks = [p["value"] for p in glob_pushes if isinstance(p.get("value"), str)]
     checks.check("a glob subscription is pushed the counter and the clock",
@@ -114,8 +101,8 @@ def run(sim, checks):
 
     # Silence: the count of 5 runs out within six ticks, then nothing more arrives.
     silent_start = time.time()
-    tail = receive_for(sub, 7.5)
-    late = receive_for(sub, 3.0)
+    tail = wire.receive_for(sub, 7.5)
+    late = wire.receive_for(sub, 3.0)
     checks.check("pushes stop once the heartbeat has run out", len(late) == 0 and len(tail) <= 6,
                  "%d frames in the 7.5 s after the last ping, %d later" % (len(tail), len(late)))
     checks.check("the socket stays open while lapsed", sub.connected, "closed")
@@ -124,7 +111,7 @@ def run(sim, checks):
     ping.send(b"\x00\x01", opcode=websocket.ABNF.OPCODE_BINARY)
     opcode, data = ping.recv_data()
     checks.check("a binary ping is answered pong", data == b"pong", repr(data))
-    resumed = receive_for(sub, 2.5)
+    resumed = wire.receive_for(sub, 2.5)
     checks.check("pushes resume with the next ping", len(resumed) >= 1,
                  "nothing %.1f s after the silence began" % (time.time() - silent_start))
 
@@ -145,7 +132,7 @@ def run(sim, checks):
     ping.send("ping")
     ping.recv_data()
     checks.check("PUT through /1/api/resource is answered 200", rest("PUT", 42) == 200)
-    pushed = [int_value(d) for _, d in receive_for(setting, 2.0)]
+    pushed = [int_value(d) for _, d in wire.receive_for(setting, 2.0)]
     checks.check("the PUT reaches the subscriber as a binary Resource", 42 in pushed, repr(pushed))
 
     # A client's close, whatever its code, is answered with 1000 and an empty reason.

@@ -205,6 +205,24 @@ class Sim:
         return self.request("GET", target, session, tls=tls)
 
 
+# ---- WebSocket clients ----------------------------------------------------------------------------
+
+def receive_for(ws, seconds):
+    """Every data frame (opcode, bytes) that arrives on the websocket client `ws` within
+    `seconds`."""
+    import websocket  # Debian's python3-websocket; only the WebSocket tests need it
+    frames = []
+    deadline = time.time() + seconds
+    while time.time() < deadline:
+        ws.settimeout(max(0.05, deadline - time.time()))
+        try:
+            opcode, data = ws.recv_data()
+        except websocket.WebSocketTimeoutException:
+            break
+        frames.append((opcode, data))
+    return frames
+
+
 # ---- binary Resource frames (halvor.protobuf.Resource) --------------------------------------------
 
 def varint(data, at):
