@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "kelo/CorsAdvices.h"
+#include "kelo/handlers/http/session/LoginThrottle.h"
 #include "kelo/HostPaths.h"
 #include "kelo/KeloLog.h"
 #include "kelo/Registrations.h"
@@ -107,6 +108,9 @@ void Kelo::loadConfigFile(std::string path) {
   drogonConfigFile = config["drogon-config"].asString();
   bypassCors = config["bypass-cors"].asBool();
   corsOrigin = config["cors-origin"].asString();
+  // Unlike the keys above, an absent key keeps its default: throttling stays on.
+  LoginThrottle::shared().setLimit(
+      config.get("login-failures-per-minute", LoginThrottle::kDefaultFailuresPerMinute).asUInt());
 }
 
 void Kelo::configureLogger(uint32_t id, std::string logConfigFile) {
@@ -128,6 +132,8 @@ void Kelo::logKeloConfig() {
   KELO_LOG(INFO, getLoggerId()) << "\tPrivateKey: " << privateKeyFile;
   KELO_LOG(INFO, getLoggerId()) << "\tHttp port: " << httpPort;
   KELO_LOG(INFO, getLoggerId()) << "\tHttps port: " << httpsPort;
+  KELO_LOG(INFO, getLoggerId()) << "\tLogin failures per minute: "
+                                << LoginThrottle::shared().limit();
 }
 
 bool Kelo::isSSLCertificatePresent(std::string& error) {
@@ -289,6 +295,8 @@ void Kelo::configureDrogon() {
       .registerHttpResponseCreationAdvice(
           CorsAdvices::responseCreationAdvice(bypassCors, corsOrigin))
       .registerPreRoutingAdvice(CorsAdvices::preRoutingAdvice);
+  // The one foreign origin that may use the server may open its WebSockets too.
+  if (!corsOrigin.empty()) application.config().trustedWebSocketOrigins.push_back(corsOrigin);
   webServerConfigured = true;
 }
 

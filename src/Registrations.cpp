@@ -8,6 +8,8 @@
 #include "kelo/handlers/http/events/EventRoutes.h"
 #include "kelo/handlers/http/generic/GenericRoutes.h"
 #include "kelo/handlers/http/meters/MeterRoutes.h"
+#include "kelo/handlers/http/session/SessionRoutes.h"
+#include "kelo/handlers/http/users/UserRoutes.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsRoutes.h"
 
@@ -28,6 +30,8 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   AudioRoutes::registerAudioRoutes(application);
   EventRoutes::registerEventRoutes(application);
   WsRoutes::registerWsRoutes(application);
+  SessionRoutes::registerSessionRoutes(application);
+  UserRoutes::registerUserRoutes(application);
 }
 
 }  // namespace halvor::kelo

@@ -11,7 +11,9 @@ using tavelabi::CCRUD;
 namespace {
 
 enum class Verbs { Read, Write, Command };  // Write: Create, Update, Delete
-enum class Grant { No, Yes, OwnUserOnly };
+// OwnUserOnly: a password change of the caller's own (the payload's "username");
+// OwnRecordOnly: the path's last segment is the caller's user name or session identifier.
+enum class Grant { No, Yes, OwnUserOnly, OwnRecordOnly };
 
 struct Rule {
   Verbs verbs;
@@ -23,7 +25,10 @@ struct Rule {
 
 // The rights table. The first rule whose verbs and glob fit the action decides; an action that
 // no rule fits is refused. Commands count as writes unless a rule above says otherwise.
-constexpr std::array<Rule, 13> kRules{{
+constexpr std::array<Rule, 15> kRules{{
+    // Another user's record, or another session, is the administrator's business alone.
+    {Verbs::Read, "/user/users/*", Grant::Yes, Grant::OwnRecordOnly, Grant::OwnRecordOnly},
+    {Verbs::Read, "/session/sessions/*", Grant::Yes, Grant::OwnRecordOnly, Grant::OwnRecordOnly},
     {Verbs::Read, "**", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/user/command/login", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/user/command/logout", Grant::Yes, Grant::Yes, Grant::Yes},
@@ -72,6 +77,12 @@ bool namesOwnUser(const std::string& username, const tavelabi::Resource& payload
          found->second.getStringValue() == username;
 }
 
+bool namesOwnRecord(const std::string& path, const std::string& username,
+                    const std::string& sessionId) {
+  const std::string last = path.substr(path.rfind('/') + 1);
+  return (!username.empty() && last == username) || (!sessionId.empty() && last == sessionId);
+}
+
 }  // namespace
 
 std::optional<Role> AccessRights::parseRole(const std::string& name) {
@@ -94,7 +105,8 @@ const char* AccessRights::roleName(Role role) {
 }
 
 bool AccessRights::isAllowed(Role role, CCRUD verb, const std::string& path,
-                             const std::string& username, const tavelabi::Resource& payload) {
+                             const std::string& username, const tavelabi::Resource& payload,
+                             const std::string& sessionId) {
   for (const Rule& rule : kRules) {
     if (!verbsFit(rule.verbs, verb)) continue;
     if (!tavelabi::GlobMatcher::globMatch(rule.glob, path.c_str())) continue;
@@ -105,6 +117,8 @@ bool AccessRights::isAllowed(Role role, CCRUD verb, const std::string& path,
         return false;
       case Grant::OwnUserOnly:
         return namesOwnUser(username, payload);
+      case Grant::OwnRecordOnly:
+        return namesOwnRecord(path, username, sessionId);
     }
   }
   return false;

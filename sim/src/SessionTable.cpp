@@ -85,6 +85,13 @@ SessionRecord SessionTable::login(const std::string& sessionId, const std::strin
   return *record;
 }
 
+void SessionTable::renameUser(const std::string& from, const std::string& to) {
+  std::lock_guard lock(mutex_);
+  for (auto& [id, record] : sessions_) {
+    if (record.loggedIn && record.username == from) record.username = to;
+  }
+}
+
 void SessionTable::end(const std::string& sessionId) {
   std::lock_guard lock(mutex_);
   sessions_.erase(sessionId);

@@ -50,6 +50,15 @@ std::string withoutPort(const std::string& host) {
   return host.substr(0, colon);
 }
 
+// The name of "/user/users/<name>" (one segment, not the list), or nothing for another path.
+std::optional<std::string> userRecordName(const std::string& path) {
+  const std::string prefix = SimTavel::kUsersPrefix;
+  if (!startsWith(path, prefix)) return std::nullopt;
+  std::string name = path.substr(prefix.size());
+  if (name.empty() || name.find('/') != std::string::npos) return std::nullopt;
+  return name;
+}
+
 Resource sessionResource(const SessionRecord& record) {
   Resource resource;
   resource.values["sessionId"] = ResourceValue(record.sessionId);
@@ -77,6 +86,7 @@ std::vector<Command> SimTavel::builtInCommands() {
       {"/user/command/logout", [this](ResourceAction& action) { return logout(action); }},
       {"/user/command/changePassword",
        [this](ResourceAction& action) { return changePassword(action); }},
+      {"/user/command/newUser", [this](ResourceAction& action) { return newUser(action); }},
       {"/command/restartTavel", [this](ResourceAction& action) { return restartTavel(action); }},
   };
 }
@@ -101,6 +111,10 @@ Resource SimTavel::processResourceAction(ResourceAction& action) {
   const SessionUser session = sessions_.checkUser(action.sessionId, countsAsActivity(action));
   authorize(session, action);
   Resource answer = execute(action);
+  if (action.action == CCRUD::Read && action.path.find('*') != std::string::npos &&
+      roleOf(session.username) != Role::Administrator) {
+    withoutOtherUsers(answer, session.username);
+  }
   action.resource = answer;
   return answer;
 }
@@ -190,24 +204,24 @@ void SimTavel::applySection(const std::string& section, const Json::Value& setti
 void SimTavel::addUser(const FixtureUser& user) {
   std::optional<Role> role = AccessRights::parseRole(user.role);
   if (!role) throw std::invalid_argument("user " + user.name + " has unknown role " + user.role);
-  std::string guid = RandomText::guid();
-  ResourceValue::Map roleEntry{
-      {"guid", ResourceValue(std::string(AccessRights::roleName(*role)))},
-      {"roleName", ResourceValue(std::string(AccessRights::roleName(*role)))},
-      {"visible", ResourceValue(true)}};
   Resource resource;
   resource.values["username"] = ResourceValue(user.name);
-  resource.values["password"] = ResourceValue(user.password);
-  resource.values["guid"] = ResourceValue(guid);
+  resource.values["guid"] = ResourceValue(RandomText::guid());
   resource.values["role"] = ResourceValue(user.role);
-  resource.values["roles"] =
-      ResourceValue(ResourceValue::Map{{AccessRights::roleName(*role), ResourceValue(roleEntry)}});
+  resource.values["roles"] = UserDirectory::rolesOf(*role);
+  resource.values["activities"] = ResourceValue(UserDirectory::activitiesOf(*role));
   resource.values["autoLogin"] = ResourceValue(!user.autoLoginHosts.empty());
+  // The password is kept as a salted hash beside the tree, never in the user's record.
+  users_.setPassword(user.name, user.password);
   tree_.create(kUsersPrefix + user.name, resource);
   for (const std::string& host : user.autoLoginHosts) addAutoLoginRule({host, user.name});
 }
 
 void SimTavel::addAutoLoginRule(const AutoLoginRule& rule) {
+  // A rule lets its user in only while the user's own flag is on; a rule sets it.
+  if (tree_.find(kUsersPrefix + rule.username)) {
+    tree_.update(kUsersPrefix + rule.username, Resource("autoLogin", ResourceValue(true)));
+  }
   std::lock_guard lock(rulesMutex_);
   autoLoginRules_.push_back(rule);
 }
@@ -287,15 +301,14 @@ void SimTavel::authorize(const SessionUser& session, const ResourceAction& actio
   }
   std::optional<Role> role = roleOf(session.username);
   if (!role || !AccessRights::isAllowed(*role, action.action, action.path, session.username,
-                                        action.resource)) {
+                                        action.resource, action.sessionId)) {
     throw AuthorizationFailure(
         AccessRights::refusalText(session.username, action.action, action.path));
   }
 }
 
 void SimTavel::checkPassword(const std::string& username, const std::string& password) const {
-  std::optional<Resource> user = tree_.find(kUsersPrefix + username);
-  if (!user || payloadText(*user, "password") != password) {
+  if (!tree_.find(kUsersPrefix + username) || !users_.verify(username, password)) {
     throw AuthorizationFailure(kInvalidCredentials);
   }
 }
@@ -306,6 +319,17 @@ Resource SimTavel::execute(ResourceAction& action) {
   switch (action.action) {
     case CCRUD::Read:
       return read(action);
+    case CCRUD::Create:
+    case CCRUD::Update:
+    case CCRUD::Delete:
+      if (std::optional<std::string> name = userRecordName(action.path)) {
+        return writeUser(action, *name);
+      }
+      break;
+    default:
+      break;
+  }
+  switch (action.action) {
     case CCRUD::Create:
       return tree_.create(action.path, action.resource,
                           [&](const Resource& stored) { enqueueStored(action, stored); });
@@ -333,6 +357,8 @@ Resource SimTavel::read(const ResourceAction& action) {
   // A glob answers every match at once, so that a client can subscribe to a whole subtree.
   if (action.path.find('*') != std::string::npos) return tree_.readGlob(action.path);
   if (startsWith(action.path, kSessionsPrefix)) return readSession(action.path);
+  if (action.path == UserDirectory::kListPath) return Resource(ResourceValue(userNames()));
+  if (std::optional<Resource> limits = UserDirectory::validation(action.path)) return *limits;
   return tree_.read(action.path);
 }
 
@@ -379,7 +405,9 @@ std::optional<std::string> SimTavel::autoLoginUser(const std::string& host) cons
 Resource SimTavel::autoLogin(const ResourceAction& action) {
   std::string host = payloadText(action.resource, "host").value_or("");
   std::optional<std::string> username = autoLoginUser(host);
-  if (!username || !tree_.find(kUsersPrefix + *username)) {
+  std::optional<ResourceValue> flag;
+  if (username) flag = tree_.findValue(kUsersPrefix + *username, "autoLogin");
+  if (!flag || flag->getType() != ResourceValueType::BOOL || !flag->getBoolValue()) {
     throw AuthorizationFailure("No auto login for host " + host);
   }
   return sessionResource(sessions_.login(action.sessionId, *username));
@@ -400,8 +428,104 @@ Resource SimTavel::changePassword(const ResourceAction& action) {
   if (ownPassword) {
     checkPassword(username, payloadText(action.resource, "oldPassword").value_or(""));
   }
-  tree_.update(kUsersPrefix + username, Resource("password", ResourceValue(*newPassword)));
+  if (!tree_.find(kUsersPrefix + username)) {
+    throw tavelabi::NonExistentResourcePathException(
+        ResourceTree::missingText(kUsersPrefix + username));
+  }
+  users_.setPassword(username, *newPassword);
   return Resource("username", ResourceValue(username));
+}
+
+Resource SimTavel::newUser(const ResourceAction& action) {
+  std::optional<std::string> username = payloadText(action.resource, "username");
+  std::optional<std::string> password = payloadText(action.resource, "password");
+  if (!username || username->empty() || username->find('/') != std::string::npos) {
+    throw std::invalid_argument("newUser needs a username without '/'");
+  }
+  if (!password) throw std::invalid_argument("newUser needs a password");
+  Resource record = action.resource;
+  record.values.erase("password");
+  auto roles = record.values.find("roles");
+  const Role role = roles == record.values.end() ? Role::ReadOnly
+                                                 : UserDirectory::roleOfRoles(roles->second);
+  if (roles == record.values.end()) record.values["roles"] = UserDirectory::rolesOf(role);
+  record.values["role"] = ResourceValue(std::string(AccessRights::roleName(role)));
+  record.values.try_emplace("activities", ResourceValue(UserDirectory::activitiesOf(role)));
+  record.values.try_emplace("guid", ResourceValue(RandomText::guid()));
+  record.values.try_emplace("autoLogin", ResourceValue(false));
+  std::lock_guard lock(userWritesMutex_);
+  if (tree_.find(kUsersPrefix + *username)) {
+    throw std::invalid_argument("User " + *username + " already exists");
+  }
+  users_.setPassword(*username, *password);
+  ResourceAction create(CCRUD::Create, kUsersPrefix + *username, record, action.pluginInfo,
+                        action.sessionId);
+  tree_.create(create.path, record, [&](const Resource& stored) { enqueueStored(create, stored); });
+  return Resource("username", ResourceValue(*username));
+}
+
+Resource SimTavel::writeUser(ResourceAction& action, const std::string& username) {
+  std::lock_guard lock(userWritesMutex_);
+  if (action.action == CCRUD::Delete) {
+    Resource removed = tree_.remove(action.path);
+    users_.remove(username);
+    removed.values.erase("password");
+    return removed;
+  }
+  Resource changes = action.resource;
+  std::optional<std::string> password = payloadText(changes, "password");
+  changes.values.erase("password");
+  if (auto roles = changes.values.find("roles"); roles != changes.values.end()) {
+    changes.values["role"] =
+        ResourceValue(std::string(AccessRights::roleName(UserDirectory::roleOfRoles(roles->second))));
+  }
+  std::string target = payloadText(changes, "username").value_or(username);
+  Resource stored;
+  if (action.action == CCRUD::Update && target != username) {
+    stored = renameUser(action, username, target, changes);
+  } else if (action.action == CCRUD::Update) {
+    stored = tree_.update(action.path, changes,
+                          [&](const Resource& result) { enqueueStored(action, result); });
+  } else {
+    changes.values["username"] = ResourceValue(username);
+    stored = tree_.create(action.path, changes,
+                          [&](const Resource& result) { enqueueStored(action, result); });
+    target = username;
+  }
+  if (password) users_.setPassword(target, *password);
+  return stored;
+}
+
+Resource SimTavel::renameUser(ResourceAction& action, const std::string& from,
+                              const std::string& to, const Resource& changes) {
+  if (to.empty() || to.find('/') != std::string::npos) {
+    throw std::invalid_argument("A user name may not be empty or hold '/'");
+  }
+  if (tree_.find(kUsersPrefix + to)) throw std::invalid_argument("User " + to + " already exists");
+  Resource record = tree_.read(action.path);
+  for (const auto& [key, value] : changes.values) record.values[key] = value;
+  ResourceAction create(CCRUD::Create, kUsersPrefix + to, record, action.pluginInfo,
+                        action.sessionId);
+  Resource stored =
+      tree_.create(create.path, record, [&](const Resource& result) { enqueueStored(create, result); });
+  tree_.remove(action.path);
+  users_.rename(from, to);
+  sessions_.renameUser(from, to);
+  return stored;
+}
+
+std::vector<std::string> SimTavel::userNames() const {
+  std::vector<std::string> names;
+  const std::string prefix = kUsersPrefix;
+  for (const std::string& path : tree_.list(prefix + "*")) names.push_back(path.substr(prefix.size()));
+  return names;
+}
+
+void SimTavel::withoutOtherUsers(Resource& answer, const std::string& username) const {
+  std::erase_if(answer.values, [&](const auto& entry) {
+    std::optional<std::string> name = userRecordName(entry.first);
+    return name && *name != username;
+  });
 }
 
 Resource SimTavel::restartTavel(const ResourceAction& action) {

@@ -14,6 +14,7 @@
 
 #include "ConnectionLimiter.h"
 #include "IoThread.h"
+#include "OriginCheck.h"
 #include "RequestParser.h"
 #include "ResponseSerializer.h"
 #include "ServerState.h"
@@ -225,6 +226,10 @@ class HttpSession : public TrackedConnection {
     for (const auto& [name, value] : request_->headers()) upgradeRequest.insert(name, value);
     if (!boost::beast::websocket::is_upgrade(upgradeRequest)) {
       return respondLocal(k400BadRequest, "");
+    }
+    if (!OriginCheck::allows(request_->getHeader("origin"), request_->getHeader("host"),
+                             state_->config.trustedWebSocketOrigins)) {
+      return respondLocal(k403Forbidden, "");
     }
     awaiting_ = false;
     derived().upgradeToWebSocket(entry.webSocket, std::move(upgradeRequest), request_);

@@ -48,6 +48,9 @@ struct WebConfig {
   // Total size of request line and header fields.
   std::size_t maxHeaderSize = 16 * 1024;
   bool serverHeader = false;
+  // Origins of other sites whose pages may open WebSockets here, besides the request's own site
+  // ("*": every one). Not read from the file: the plug-in sets it from its own configuration.
+  std::vector<std::string> trustedWebSocketOrigins;
   std::vector<ListenerConfig> listeners;
   std::vector<PluginConfig> plugins;
 };

@@ -18,9 +18,12 @@ class AccessRights {
   static const char* roleName(Role role);
 
   // Whether a logged-in user of the role may run the verb on the path. The payload decides
-  // only for a password change, which an operator may make for itself alone.
+  // only for a password change, which an operator may make for itself alone; the session's
+  // identifier only for a read of a session, which others than administrators may make of
+  // their own session alone.
   static bool isAllowed(Role role, tavelabi::CCRUD verb, const std::string& path,
-                        const std::string& username, const tavelabi::Resource& payload);
+                        const std::string& username, const tavelabi::Resource& payload,
+                        const std::string& sessionId = {});
   // The commands that a session may run before it is logged in: login, autoLogin, logout.
   static bool isSessionCommand(tavelabi::CCRUD verb, const std::string& path);
   // "User <name> may not <Verb> <path>".

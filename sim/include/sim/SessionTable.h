@@ -48,6 +48,8 @@ class SessionTable {
   std::optional<SessionRecord> find(const std::string& sessionId);
   // Logs the session in as the user. NonExistentSessionException when it is gone.
   SessionRecord login(const std::string& sessionId, const std::string& username);
+  // Sessions logged in as `from` are logged in as `to` from now on (a renamed user).
+  void renameUser(const std::string& from, const std::string& to);
   // Ends the session; an unknown one is no error.
   void end(const std::string& sessionId);
   // Removes every expired session; returns how many.

@@ -14,6 +14,7 @@
 #include "sim/ListenerDispatcher.h"
 #include "sim/ResourceTree.h"
 #include "sim/SessionTable.h"
+#include "sim/UserDirectory.h"
 #include "sim/models/Model.h"
 #include "tavelabi/ITavel.h"
 #include "tavelabi/PluginStatus.h"
@@ -121,6 +122,16 @@ class SimTavel : public tavelabi::ITavel {
   tavelabi::Resource autoLogin(const tavelabi::ResourceAction& action);
   tavelabi::Resource logout(const tavelabi::ResourceAction& action);
   tavelabi::Resource changePassword(const tavelabi::ResourceAction& action);
+  tavelabi::Resource newUser(const tavelabi::ResourceAction& action);
+  // Create, Update and Delete of "/user/users/<name>": the password goes to the directory as a
+  // hash and never into the tree; "role" follows "roles"; a new "username" renames the user.
+  tavelabi::Resource writeUser(tavelabi::ResourceAction& action, const std::string& username);
+  tavelabi::Resource renameUser(tavelabi::ResourceAction& action, const std::string& from,
+                                const std::string& to, const tavelabi::Resource& changes);
+  // The names of every user, in name order.
+  std::vector<std::string> userNames() const;
+  // A glob read by someone else than an administrator: other users' records left out.
+  void withoutOtherUsers(tavelabi::Resource& answer, const std::string& username) const;
   tavelabi::Resource restartTavel(const tavelabi::ResourceAction& action);
   // Throws AuthorizationFailure("Invalid username or password") when they do not match.
   void checkPassword(const std::string& username, const std::string& password) const;
@@ -137,6 +148,10 @@ class SimTavel : public tavelabi::ITavel {
   mutable std::mutex modelsMutex_;
   std::vector<std::unique_ptr<Model>> models_;
   std::vector<std::pair<std::string, Json::Value>> fixtureSections_;
+
+  UserDirectory users_;
+  // Held by every write of a user record, so that a rename is not interleaved with another.
+  mutable std::mutex userWritesMutex_;
 
   mutable std::mutex rulesMutex_;
   std::vector<AutoLoginRule> autoLoginRules_;
