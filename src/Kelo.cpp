@@ -11,12 +11,12 @@
 #include <sstream>
 
 #include "kelo/CorsAdvices.h"
-#include "kelo/handlers/http/session/LoginThrottle.h"
 #include "kelo/HostPaths.h"
 #include "kelo/KeloLog.h"
 #include "kelo/Registrations.h"
 #include "kelo/WebKeloInterface.h"
 #include "kelo/handlers/certificates/ApplyCertificateListener.h"
+#include "kelo/handlers/http/session/LoginThrottle.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/BuildIdentifier.h"

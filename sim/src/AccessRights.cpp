@@ -13,7 +13,9 @@ namespace {
 enum class Verbs { Read, Write, Command };  // Write: Create, Update, Delete
 // OwnUserOnly: a password change of the caller's own (the payload's "username");
 // OwnRecordOnly: the path's last segment is the caller's user name or session identifier.
-enum class Grant { No, Yes, OwnUserOnly, OwnRecordOnly };
+// OwnProfileOnly: an Update of the caller's own user record that changes his name, e-mail or
+// preferences and nothing that grants rights.
+enum class Grant { No, Yes, OwnUserOnly, OwnRecordOnly, OwnProfileOnly };
 
 struct Rule {
   Verbs verbs;
@@ -25,7 +27,7 @@ struct Rule {
 
 // The rights table. The first rule whose verbs and glob fit the action decides; an action that
 // no rule fits is refused. Commands count as writes unless a rule above says otherwise.
-constexpr std::array<Rule, 15> kRules{{
+constexpr std::array<Rule, 16> kRules{{
     // Another user's record, or another session, is the administrator's business alone.
     {Verbs::Read, "/user/users/*", Grant::Yes, Grant::OwnRecordOnly, Grant::OwnRecordOnly},
     {Verbs::Read, "/session/sessions/*", Grant::Yes, Grant::OwnRecordOnly, Grant::OwnRecordOnly},
@@ -39,6 +41,7 @@ constexpr std::array<Rule, 15> kRules{{
     {Verbs::Command, "/command/eventlog/getEvents", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/command/eventlog/generateCsv", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/user/command/changePassword", Grant::Yes, Grant::OwnUserOnly, Grant::No},
+    {Verbs::Write, "/user/users/*", Grant::Yes, Grant::OwnProfileOnly, Grant::OwnProfileOnly},
     {Verbs::Command, "/user/**", Grant::Yes, Grant::No, Grant::No},
     {Verbs::Write, "/user/**", Grant::Yes, Grant::No, Grant::No},
     {Verbs::Command, "**", Grant::Yes, Grant::Yes, Grant::No},
@@ -83,6 +86,28 @@ bool namesOwnRecord(const std::string& path, const std::string& username,
   return (!username.empty() && last == username) || (!sessionId.empty() && last == sessionId);
 }
 
+bool changesOwnProfileOnly(CCRUD verb, const std::string& path, const std::string& username,
+                           const tavelabi::Resource& payload) {
+  static const std::array<const char*, 7> kProfileKeys{"username",
+                                                       "firstName",
+                                                       "lastName",
+                                                       "email",
+                                                       "localePreference",
+                                                       "meterPreference",
+                                                       "dashboardLayoutPreference"};
+  if (verb != CCRUD::Update || !namesOwnRecord(path, username, {})) return false;
+  for (const auto& [key, value] : payload.values) {
+    bool isProfileKey = false;
+    for (const char* profileKey : kProfileKeys) isProfileKey = isProfileKey || key == profileKey;
+    if (!isProfileKey) return false;
+  }
+  // A new name is the administrator's business.
+  auto name = payload.values.find("username");
+  return name == payload.values.end() ||
+         (name->second.getType() == tavelabi::ResourceValueType::STRING &&
+          name->second.getStringValue() == username);
+}
+
 }  // namespace
 
 std::optional<Role> AccessRights::parseRole(const std::string& name) {
@@ -119,6 +144,8 @@ bool AccessRights::isAllowed(Role role, CCRUD verb, const std::string& path,
         return namesOwnUser(username, payload);
       case Grant::OwnRecordOnly:
         return namesOwnRecord(path, username, sessionId);
+      case Grant::OwnProfileOnly:
+        return changesOwnProfileOnly(verb, path, username, payload);
     }
   }
   return false;

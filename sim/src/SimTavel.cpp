@@ -446,8 +446,8 @@ Resource SimTavel::newUser(const ResourceAction& action) {
   Resource record = action.resource;
   record.values.erase("password");
   auto roles = record.values.find("roles");
-  const Role role = roles == record.values.end() ? Role::ReadOnly
-                                                 : UserDirectory::roleOfRoles(roles->second);
+  const Role role =
+      roles == record.values.end() ? Role::ReadOnly : UserDirectory::roleOfRoles(roles->second);
   if (roles == record.values.end()) record.values["roles"] = UserDirectory::rolesOf(role);
   record.values["role"] = ResourceValue(std::string(AccessRights::roleName(role)));
   record.values.try_emplace("activities", ResourceValue(UserDirectory::activitiesOf(role)));
@@ -476,8 +476,8 @@ Resource SimTavel::writeUser(ResourceAction& action, const std::string& username
   std::optional<std::string> password = payloadText(changes, "password");
   changes.values.erase("password");
   if (auto roles = changes.values.find("roles"); roles != changes.values.end()) {
-    changes.values["role"] =
-        ResourceValue(std::string(AccessRights::roleName(UserDirectory::roleOfRoles(roles->second))));
+    changes.values["role"] = ResourceValue(
+        std::string(AccessRights::roleName(UserDirectory::roleOfRoles(roles->second))));
   }
   std::string target = payloadText(changes, "username").value_or(username);
   Resource stored;
@@ -506,8 +506,8 @@ Resource SimTavel::renameUser(ResourceAction& action, const std::string& from,
   for (const auto& [key, value] : changes.values) record.values[key] = value;
   ResourceAction create(CCRUD::Create, kUsersPrefix + to, record, action.pluginInfo,
                         action.sessionId);
-  Resource stored =
-      tree_.create(create.path, record, [&](const Resource& result) { enqueueStored(create, result); });
+  Resource stored = tree_.create(create.path, record,
+                                 [&](const Resource& result) { enqueueStored(create, result); });
   tree_.remove(action.path);
   users_.rename(from, to);
   sessions_.renameUser(from, to);
@@ -517,7 +517,8 @@ Resource SimTavel::renameUser(ResourceAction& action, const std::string& from,
 std::vector<std::string> SimTavel::userNames() const {
   std::vector<std::string> names;
   const std::string prefix = kUsersPrefix;
-  for (const std::string& path : tree_.list(prefix + "*")) names.push_back(path.substr(prefix.size()));
+  for (const std::string& path : tree_.list(prefix + "*"))
+    names.push_back(path.substr(prefix.size()));
   return names;
 }
 

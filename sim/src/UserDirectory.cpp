@@ -117,8 +117,8 @@ std::vector<std::string> UserDirectory::activitiesOf(Role role) {
 
 std::optional<Resource> UserDirectory::validation(const std::string& path) {
   if (path == kValidationTypesPath) {
-    return Resource(ResourceValue(std::vector<std::string>{"username", "password", "email",
-                                                           "firstName", "lastName"}));
+    return Resource(ResourceValue(
+        std::vector<std::string>{"username", "password", "email", "firstName", "lastName"}));
   }
   const std::string prefix = kValidationsPrefix;
   if (path.compare(0, prefix.size(), prefix) != 0) return std::nullopt;

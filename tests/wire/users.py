@@ -233,7 +233,17 @@ def check_rights(sim, checks, admin):
     status, _, _ = sim.request("DELETE", "/1/api/users/admin", viewer)
     checks.check("a read-only user may not delete a user", status == 403, status)
     status, _, _ = sim.request("PUT", "/1/api/users/viewer", viewer, body={"autoLogin": False})
-    checks.check("a read-only user may not change his user", status == 403, status)
+    checks.check("a read-only user may not change his auto login", status == 403, status)
+    status, _, _ = sim.request("PUT", "/1/api/users/viewer", viewer,
+                               body={"roles": [{"guid": "administrator"}]})
+    checks.check("a read-only user may not give himself a role", status == 403, status)
+    status, _, body = sim.request("PUT", "/1/api/users/viewer", viewer, body={
+        "userPreferences": {"meterPreference": {"collections": [{"path": "/meters/fans/list"}]}}})
+    collections = (user_json(body).get("userPreferences", {}).get("meterPreference", {})
+                   .get("collections", []) if status == 200 else [])
+    checks.check("a read-only user changes his own meter preference",
+                 status == 200 and collections[:1] == [{"path": "/meters/fans/list",
+                                                        "label": "Cooling"}], (status, body))
 
     change = {"oldPassword": "operator-demo", "newPassword": "oper-new-pw-2"}
     status, _, body = sim.request("POST", "/1/api/changePassword", operator, body=change)

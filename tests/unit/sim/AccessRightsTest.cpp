@@ -30,7 +30,8 @@ TEST(AccessRightsTest, AdministratorMayDoEverything) {
 TEST(AccessRightsTest, OperatorMayNotManageUsers) {
   EXPECT_TRUE(allowed(Role::Operator, CCRUD::Update, "/presets/active"));
   EXPECT_TRUE(allowed(Role::Operator, CCRUD::Command, "/command/restartTavel"));
-  EXPECT_TRUE(allowed(Role::Operator, CCRUD::Read, "/user/users/bob"));
+  EXPECT_TRUE(allowed(Role::Operator, CCRUD::Read, "/user/users/me"));
+  EXPECT_TRUE(allowed(Role::Operator, CCRUD::Read, "/user/users/list/all"));
   EXPECT_FALSE(allowed(Role::Operator, CCRUD::Create, "/user/users/bob"));
   EXPECT_FALSE(allowed(Role::Operator, CCRUD::Update, "/user/users/bob"));
   EXPECT_FALSE(allowed(Role::Operator, CCRUD::Delete, "/user/users/bob"));
@@ -38,6 +39,38 @@ TEST(AccessRightsTest, OperatorMayNotManageUsers) {
   EXPECT_TRUE(allowed(Role::Operator, CCRUD::Command, "/user/command/login"));
   EXPECT_TRUE(allowed(Role::Operator, CCRUD::Command, "/user/command/logout"));
   EXPECT_TRUE(allowed(Role::Operator, CCRUD::Command, "/user/command/autoLogin"));
+}
+
+TEST(AccessRightsTest, OthersThanAdministratorsReadOnlyTheirOwnUserRecordAndSession) {
+  for (Role role : {Role::Operator, Role::ReadOnly}) {
+    EXPECT_TRUE(AccessRights::isAllowed(role, CCRUD::Read, "/user/users/me", "me", {}, "s1"));
+    EXPECT_FALSE(AccessRights::isAllowed(role, CCRUD::Read, "/user/users/bob", "me", {}, "s1"));
+    EXPECT_TRUE(AccessRights::isAllowed(role, CCRUD::Read, "/session/sessions/s1", "me", {}, "s1"));
+    EXPECT_FALSE(
+        AccessRights::isAllowed(role, CCRUD::Read, "/session/sessions/s2", "me", {}, "s1"));
+  }
+  EXPECT_TRUE(AccessRights::isAllowed(Role::Administrator, CCRUD::Read, "/session/sessions/s2",
+                                      "me", {}, "s1"));
+}
+
+TEST(AccessRightsTest, EveryUserMayChangeHisOwnProfileButNothingThatGrantsRights) {
+  Resource profile("meterPreference", ResourceValue(std::string("{}")));
+  profile.values["username"] = ResourceValue(std::string("me"));
+  profile.values["firstName"] = ResourceValue(std::string("Me"));
+  for (Role role : {Role::Operator, Role::ReadOnly}) {
+    EXPECT_TRUE(allowed(role, CCRUD::Update, "/user/users/me", profile));
+    EXPECT_FALSE(allowed(role, CCRUD::Update, "/user/users/bob", profile));
+    EXPECT_FALSE(allowed(role, CCRUD::Delete, "/user/users/me", profile));
+    EXPECT_FALSE(allowed(role, CCRUD::Create, "/user/users/me", profile));
+    for (const char* key : {"roles", "role", "activities", "autoLogin", "password", "guid"}) {
+      Resource more = profile;
+      more.values[key] = ResourceValue(std::string("x"));
+      EXPECT_FALSE(allowed(role, CCRUD::Update, "/user/users/me", more)) << key;
+    }
+    Resource rename = profile;
+    rename.values["username"] = ResourceValue(std::string("boss"));
+    EXPECT_FALSE(allowed(role, CCRUD::Update, "/user/users/me", rename));
+  }
 }
 
 TEST(AccessRightsTest, OperatorMayChangeOnlyItsOwnPassword) {

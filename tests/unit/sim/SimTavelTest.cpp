@@ -107,7 +107,7 @@ TEST(SimTavelTest, BuiltInCommandsAreServedFromTheCommandTable) {
   EXPECT_EQ((std::vector<std::string>{"/command/restartTavel", "/resource/list",
                                       "/session/command/newSession", "/user/command/autoLogin",
                                       "/user/command/changePassword", "/user/command/login",
-                                      "/user/command/logout"}),
+                                      "/user/command/logout", "/user/command/newUser"}),
             h.host->commandPaths());
 }
 
@@ -470,11 +470,11 @@ TEST(SimTavelTest, PasswordChange) {
                AuthorizationFailure);
 }
 
-TEST(SimTavelTest, SeededUserResourceCarriesPasswordGuidAndRole) {
+TEST(SimTavelTest, SeededUserResourceCarriesGuidAndRoleButNoPassword) {
   HostWithUsers h;
-  Resource admin = h.run(CCRUD::Read, "/user/users/admin", h.viewerSession);
+  Resource admin = h.run(CCRUD::Read, "/user/users/admin", h.adminSession);
   EXPECT_EQ("admin", admin.values.at("username").getStringValue());
-  EXPECT_EQ("admin-pw", admin.values.at("password").getStringValue());
+  EXPECT_EQ(0u, admin.values.count("password"));
   EXPECT_EQ(36u, admin.values.at("guid").getStringValue().size());
   EXPECT_EQ("administrator", admin.values.at("role").getStringValue());
   EXPECT_EQ("administrator", admin.values.at("roles")

@@ -60,8 +60,8 @@ void LoginHandler::processHttpRequest(const web::HttpRequestPtr& req, web::HttpR
     throw;
   }
   const std::string path = UserHandlerHelpers::makeUserResourcePath(login.username().value());
-  JsonReplies::reply(resp,
-                     *EndpointHelpers::getCurrentUserInfo(req, tavel, info, sessionId, path, false));
+  JsonReplies::reply(
+      resp, *EndpointHelpers::getCurrentUserInfo(req, tavel, info, sessionId, path, false));
 }
 
 }  // namespace halvor::kelo

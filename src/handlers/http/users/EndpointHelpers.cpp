@@ -70,7 +70,8 @@ void addValidations(const web::HttpRequestPtr& req, tavelabi::ITavel* tavel,
 protobuf::Locale localeOf(const tavelabi::ResourceValue* value) {
   if (value == nullptr) return protobuf::UNKNOWN_LOCALE;
   const auto* known = protobuf::Locale_descriptor()->FindValueByName(value->getStringValue());
-  return known == nullptr ? protobuf::UNKNOWN_LOCALE : static_cast<protobuf::Locale>(known->number());
+  return known == nullptr ? protobuf::UNKNOWN_LOCALE
+                          : static_cast<protobuf::Locale>(known->number());
 }
 
 // Step 5: the three preferences, each key optional.
@@ -114,9 +115,11 @@ void addOptionalWrappers(const tavelabi::Resource& user, protobuf::User& message
 
 }  // namespace
 
-std::shared_ptr<protobuf::User> EndpointHelpers::getCurrentUserInfo(
-    const web::HttpRequestPtr& req, tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-    std::string sessionId, std::string path, bool byPass) {
+std::shared_ptr<protobuf::User> EndpointHelpers::getCurrentUserInfo(const web::HttpRequestPtr& req,
+                                                                    tavelabi::ITavel* tavel,
+                                                                    tavelabi::IPluginInfo* info,
+                                                                    std::string sessionId,
+                                                                    std::string path, bool byPass) {
   tavelabi::Resource user = HostReads::readFlagged(req, tavel, info, sessionId, path, byPass);
   auto message = std::make_shared<protobuf::User>();
   addRoles(user, *message);

@@ -10,8 +10,8 @@ void GetUser::getUser(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp
                       tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info, std::string sessionId,
                       std::string username) {
   const std::string path = UserHandlerHelpers::makeUserResourcePath(username);
-  JsonReplies::reply(resp,
-                     *EndpointHelpers::getCurrentUserInfo(req, tavel, info, sessionId, path, false));
+  JsonReplies::reply(
+      resp, *EndpointHelpers::getCurrentUserInfo(req, tavel, info, sessionId, path, false));
 }
 
 }  // namespace halvor::kelo

@@ -8,8 +8,7 @@
 namespace halvor::kelo {
 
 void PostChangeUserPassword::processHttpRequest(const web::HttpRequestPtr& req,
-                                                web::HttpResponsePtr& resp,
-                                                tavelabi::ITavel* tavel,
+                                                web::HttpResponsePtr& resp, tavelabi::ITavel* tavel,
                                                 tavelabi::IPluginInfo* info,
                                                 std::string sessionId) {
   const auto change = RequestBodies::message<protobuf::ChangePassword>(req);
@@ -22,8 +21,8 @@ void PostChangeUserPassword::processHttpRequest(const web::HttpRequestPtr& req,
   const tavelabi::Resource answer = tavel->processResourceAction(action);
   const std::string path =
       UserHandlerHelpers::makeUserResourcePath(answer.values.at("username").getStringValue());
-  JsonReplies::reply(resp,
-                     *EndpointHelpers::getCurrentUserInfo(req, tavel, info, sessionId, path, false));
+  JsonReplies::reply(
+      resp, *EndpointHelpers::getCurrentUserInfo(req, tavel, info, sessionId, path, false));
 }
 
 }  // namespace halvor::kelo

@@ -19,8 +19,8 @@ void PostUser::processHttpRequest(const web::HttpRequestPtr& req, web::HttpRespo
   // The name that the host gives back counts, not the one of the body.
   const std::string path =
       UserHandlerHelpers::makeUserResourcePath(answer.values.at("username").getStringValue());
-  JsonReplies::reply(resp,
-                     *EndpointHelpers::getCurrentUserInfo(req, tavel, info, sessionId, path, false));
+  JsonReplies::reply(
+      resp, *EndpointHelpers::getCurrentUserInfo(req, tavel, info, sessionId, path, false));
 }
 
 }  // namespace halvor::kelo

@@ -20,8 +20,8 @@ void PutUser::putUser(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp
   }
   KeloResourceAction action(tavelabi::CCRUD::Update, path, resource, info, sessionId, req);
   (void)tavel->processResourceAction(action);
-  JsonReplies::reply(resp,
-                     *EndpointHelpers::getCurrentUserInfo(req, tavel, info, sessionId, path, false));
+  JsonReplies::reply(
+      resp, *EndpointHelpers::getCurrentUserInfo(req, tavel, info, sessionId, path, false));
 }
 
 }  // namespace halvor::kelo

@@ -20,11 +20,11 @@ RoleInfo::RoleInfo(std::uint32_t roleId, std::string guid, std::string roleName,
     : roleId(roleId), guid(std::move(guid)), roleName(std::move(roleName)), visible(visible) {}
 
 tavelabi::ResourceValue RoleInfo::toResourceValue() const {
-  return tavelabi::ResourceValue(tavelabi::ResourceValue::Map{
-      {"roleId", tavelabi::ResourceValue(static_cast<int>(roleId))},
-      {"guid", tavelabi::ResourceValue(guid)},
-      {"roleName", tavelabi::ResourceValue(roleName)},
-      {"visible", tavelabi::ResourceValue(visible)}});
+  return tavelabi::ResourceValue(
+      tavelabi::ResourceValue::Map{{"roleId", tavelabi::ResourceValue(static_cast<int>(roleId))},
+                                   {"guid", tavelabi::ResourceValue(guid)},
+                                   {"roleName", tavelabi::ResourceValue(roleName)},
+                                   {"visible", tavelabi::ResourceValue(visible)}});
 }
 
 }  // namespace halvor::kelo

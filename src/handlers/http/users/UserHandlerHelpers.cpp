@@ -68,8 +68,8 @@ void addPreferences(const protobuf::User& user, tavelabi::Resource& resource) {
     resource.values["localePreference"] =
         tavelabi::ResourceValue(protobuf::Locale_Name(preferences.localepreference()));
   }
-  resource.values["meterPreference"] = tavelabi::ResourceValue(
-      UserHandlerHelpers::generateSanitizedMeterPreferenceJsonString(
+  resource.values["meterPreference"] =
+      tavelabi::ResourceValue(UserHandlerHelpers::generateSanitizedMeterPreferenceJsonString(
           preferences.meterpreference()));
   if (preferences.has_dashboardlayoutpreference()) {
     resource.values["dashboardLayoutPreference"] =

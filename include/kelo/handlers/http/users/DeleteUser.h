@@ -14,8 +14,8 @@ class DeleteUser : public web::HttpController<DeleteUser, true> {
   KELO_ROUTES_END
 
   virtual void deleteUser(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
-                     tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info, std::string sessionId,
-                     std::string username);
+                          tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
+                          std::string sessionId, std::string username);
 };
 
 }  // namespace halvor::kelo

@@ -24,8 +24,8 @@ class EndpointHelpers {
   static std::shared_ptr<protobuf::User> getCurrentUserInfo(const web::HttpRequestPtr& req,
                                                             tavelabi::ITavel* tavel,
                                                             tavelabi::IPluginInfo* info,
-                                                            std::string sessionId,
-                                                            std::string path, bool byPass);
+                                                            std::string sessionId, std::string path,
+                                                            bool byPass);
 
   // The tree of paths in `json` ("values" -> "meterGroups" -> "meters", each with "path") with
   // every collection, group and meter read again from the host, in the order of the JSON.

@@ -14,8 +14,8 @@ class GetUser : public web::HttpController<GetUser, true> {
   KELO_ROUTES_END
 
   virtual void getUser(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
-                     tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info, std::string sessionId,
-                     std::string username);
+                       tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info, std::string sessionId,
+                       std::string username);
 };
 
 }  // namespace halvor::kelo

@@ -15,8 +15,8 @@ class PutUser : public web::HttpController<PutUser, true> {
   KELO_ROUTES_END
 
   virtual void putUser(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
-                     tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info, std::string sessionId,
-                     std::string username);
+                       tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info, std::string sessionId,
+                       std::string username);
 };
 
 }  // namespace halvor::kelo
