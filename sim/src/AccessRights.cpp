@@ -40,7 +40,8 @@ constexpr std::array<Rule, 16> kRules{{
     // Reading and exporting the event log change nothing; clearing it is a write.
     {Verbs::Command, "/command/eventlog/getEvents", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/command/eventlog/generateCsv", Grant::Yes, Grant::Yes, Grant::Yes},
-    {Verbs::Command, "/user/command/changePassword", Grant::Yes, Grant::OwnUserOnly, Grant::No},
+    {Verbs::Command, "/user/command/changePassword", Grant::Yes, Grant::OwnUserOnly,
+     Grant::OwnUserOnly},
     {Verbs::Write, "/user/users/*", Grant::Yes, Grant::OwnProfileOnly, Grant::OwnProfileOnly},
     {Verbs::Command, "/user/**", Grant::Yes, Grant::No, Grant::No},
     {Verbs::Write, "/user/**", Grant::Yes, Grant::No, Grant::No},

@@ -257,6 +257,12 @@ def check_rights(sim, checks, admin):
     status, _, _ = sim.request("POST", "/1/api/changePassword", operator,
                                body={"username": "viewer", "newPassword": "x-x-x-x-x"})
     checks.check("an operator may not change another user's password", status == 403, status)
+    change = {"username": "viewer", "oldPassword": "viewer-demo", "newPassword": "viewer-demo"}
+    status, _, body = sim.request("POST", "/1/api/changePassword", viewer, body=change)
+    checks.check("a read-only user changes his own password", status == 200, (status, body))
+    change["oldPassword"] = "not-his"
+    status, _, _ = sim.request("POST", "/1/api/changePassword", viewer, body=change)
+    checks.check("his own password change needs the old password", status == 403, status)
 
 
 def check_websocket_origin(sim, checks, admin):

@@ -90,7 +90,10 @@ TEST(AccessRightsTest, ReadOnlyMayOnlyReadAndLogInOrOut) {
     EXPECT_FALSE(allowed(Role::ReadOnly, verb, "/presets/active"));
   }
   EXPECT_FALSE(allowed(Role::ReadOnly, CCRUD::Command, "/command/restartTavel"));
-  EXPECT_FALSE(allowed(Role::ReadOnly, CCRUD::Command, "/user/command/changePassword"));
+  // Every user changes his own password, and no other.
+  EXPECT_TRUE(allowed(Role::ReadOnly, CCRUD::Command, "/user/command/changePassword"));
+  EXPECT_FALSE(allowed(Role::ReadOnly, CCRUD::Command, "/user/command/changePassword",
+                       Resource("username", ResourceValue(std::string("other")))));
 }
 
 TEST(AccessRightsTest, VerbNoneIsRefusedToEveryone) {
