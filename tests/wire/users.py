@@ -195,6 +195,20 @@ def check_user_routes(sim, checks, admin):
     checks.check("change with an empty body: 500 'Request missing form data: body.'",
                  status == 500 and b"Request missing form data: body." in body, (status, body))
 
+    status, _, body = sim.request("PUT", "/1/api/users/renamed", admin, body={
+        "userPreferences": {"localePreference": "UNKNOWN_LOCALE"}})
+    status, _, body = sim.get("/1/api/resource?path=/user/users/renamed", admin)
+    stored = json.loads(body).get("values", {}) if status == 200 else {}
+    checks.check("locale 0 writes no key; the meter preference is written empty",
+                 "localePreference" in stored and stored["localePreference"]["stringValue"]
+                 == "de_DE" and stored.get("meterPreference", {}).get("stringValue") == "{}",
+                 stored)
+    status, _, _ = sim.request("PUT", "/1/api/resource?path=/user/users/renamed", admin, body={
+        "values": {"meterPreference": {"stringValue": "", "type": "STRING"}}})
+    status, _, body = sim.get("/1/api/users/renamed", admin)
+    checks.check("an empty stored meter preference: 500 naming the parser's failure",
+                 status == 500 and b"JsonParserException" in body, (status, body))
+
     status, _, body = sim.request("DELETE", "/1/api/users/renamed", admin)
     checks.check("delete: 200 without a body", status == 200 and body == b"", (status, body))
     status, _, _ = sim.get("/1/api/users/renamed", admin)
