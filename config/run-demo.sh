@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # config/run-demo.sh [build dir] [tavel-sim options...]: starts the simulated transmitter with the
-# plug-in from the repository's root; further options go to tavel-sim (e.g. a pre-made session,
-# --session ID=USER). Makes a self-signed certificate and key on first run (never committed).
+# plug-in from the repository's root; further options go to tavel-sim (e.g. auto login for this
+# machine, --fixture config/fixtures/autologin.json, or a pre-made session, --session ID=USER).
+# tavel-sim prints the demo users and their passwords at start; nothing else shows a password.
+# Makes a self-signed certificate and key on first run (never committed).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build/release}
