@@ -436,6 +436,17 @@ Resource SimTavel::changePassword(const ResourceAction& action) {
   return Resource("username", ResourceValue(username));
 }
 
+void SimTavel::completeUserRecord(Resource& record) {
+  auto roles = record.values.find("roles");
+  const Role role =
+      roles == record.values.end() ? Role::ReadOnly : UserDirectory::roleOfRoles(roles->second);
+  if (roles == record.values.end()) record.values["roles"] = UserDirectory::rolesOf(role);
+  record.values["role"] = ResourceValue(std::string(AccessRights::roleName(role)));
+  record.values.try_emplace("activities", ResourceValue(UserDirectory::activitiesOf(role)));
+  record.values.try_emplace("guid", ResourceValue(RandomText::guid()));
+  record.values.try_emplace("autoLogin", ResourceValue(false));
+}
+
 Resource SimTavel::newUser(const ResourceAction& action) {
   std::optional<std::string> username = payloadText(action.resource, "username");
   std::optional<std::string> password = payloadText(action.resource, "password");
@@ -445,14 +456,7 @@ Resource SimTavel::newUser(const ResourceAction& action) {
   if (!password) throw std::invalid_argument("newUser needs a password");
   Resource record = action.resource;
   record.values.erase("password");
-  auto roles = record.values.find("roles");
-  const Role role =
-      roles == record.values.end() ? Role::ReadOnly : UserDirectory::roleOfRoles(roles->second);
-  if (roles == record.values.end()) record.values["roles"] = UserDirectory::rolesOf(role);
-  record.values["role"] = ResourceValue(std::string(AccessRights::roleName(role)));
-  record.values.try_emplace("activities", ResourceValue(UserDirectory::activitiesOf(role)));
-  record.values.try_emplace("guid", ResourceValue(RandomText::guid()));
-  record.values.try_emplace("autoLogin", ResourceValue(false));
+  completeUserRecord(record);
   std::lock_guard lock(userWritesMutex_);
   if (tree_.find(kUsersPrefix + *username)) {
     throw std::invalid_argument("User " + *username + " already exists");
@@ -488,6 +492,7 @@ Resource SimTavel::writeUser(ResourceAction& action, const std::string& username
                           [&](const Resource& result) { enqueueStored(action, result); });
   } else {
     changes.values["username"] = ResourceValue(username);
+    completeUserRecord(changes);
     stored = tree_.create(action.path, changes,
                           [&](const Resource& result) { enqueueStored(action, result); });
     target = username;

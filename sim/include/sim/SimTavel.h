@@ -123,6 +123,9 @@ class SimTavel : public tavelabi::ITavel {
   tavelabi::Resource logout(const tavelabi::ResourceAction& action);
   tavelabi::Resource changePassword(const tavelabi::ResourceAction& action);
   tavelabi::Resource newUser(const tavelabi::ResourceAction& action);
+  // A new user record's rights role from its "roles" (read-only, and "roles" of that one role,
+  // when it has none), and "activities", "guid" and "autoLogin" (false) when absent.
+  static void completeUserRecord(tavelabi::Resource& record);
   // Create, Update and Delete of "/user/users/<name>": the password goes to the directory as a
   // hash and never into the tree; "role" follows "roles"; a new "username" renames the user.
   tavelabi::Resource writeUser(tavelabi::ResourceAction& action, const std::string& username);

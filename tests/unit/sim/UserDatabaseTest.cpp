@@ -143,6 +143,17 @@ TEST(UserDatabaseTest, NewUserTakesItsRightsFromItsRolesAndKeepsThePasswordHashe
   EXPECT_NO_THROW(h.run(CCRUD::Create, "/system/x", session, Resource(ResourceValue(1))));
 }
 
+TEST(UserDatabaseTest, ACreatedUserRecordIsCompletedLikeANewUser) {
+  HostWithUsers h;
+  h.run(CCRUD::Create, "/user/users/zed", h.adminSession, credentials("ignored", "zed-secret"));
+  const Resource stored = *h.host->peek("/user/users/zed");
+  EXPECT_EQ("zed", stored.values.at("username").getStringValue());
+  EXPECT_EQ("read-only", stored.values.at("role").getStringValue());
+  EXPECT_EQ(1u, stored.values.at("roles").getMapValue().count("read-only"));
+  EXPECT_EQ(0u, stored.values.count("password"));
+  EXPECT_NO_THROW(loginAs(h, "zed", "zed-secret"));
+}
+
 TEST(UserDatabaseTest, NewUserRefusesANameInUseAndOthersThanAdministrators) {
   HostWithUsers h;
   EXPECT_THROW(
