@@ -334,7 +334,22 @@ def check_no_secrets_in_log(sim, checks):
                  and "Error attemping to auto login: " in log, "lines missing")
 
 
+def with_login_limit(sim, limit):
+    """The plug-in's configuration of the next start gets "login-failures-per-minute"."""
+    write_config = sim.write_config
+
+    def write_with_limit():
+        write_config()
+        with open(sim.path("config.json")) as text:
+            config = json.load(text)
+        config["login-failures-per-minute"] = limit
+        with open(sim.path("config.json"), "w") as out:
+            json.dump(config, out)
+    sim.write_config = write_with_limit
+
+
 def check_idle_expiry(sim, checks):
+    with_login_limit(sim, 2)
     sim.start(fixtures=[sim.repo_file("config/fixtures/demo.json")], demo_models=False,
               extra=["--session-timeout", "2"])
     status, headers, _ = login(sim, "viewer", "viewer-demo")
@@ -350,6 +365,11 @@ def check_idle_expiry(sim, checks):
                  status == 200 and answers[:4] == [200] * 4, answers)
     checks.check("polled authenticated does not keep an idle session: 440 after the time-out",
                  answers[-4:] == [440] * 4, answers)
+    statuses = [login_from(sim, "127.0.0.5", "wrong")[0] for _ in range(3)]
+    checks.check("login-failures-per-minute 2: the third attempt gets 429",
+                 statuses == [403, 403, 429], statuses)
+    checks.check("the configured limit is logged", "Login failures per minute: 2" in sim.log(),
+                 "no such line")
 
 
 def run(sim, checks):
