@@ -91,7 +91,8 @@ start_sim_with_plugin() {  # fixture-file [tavel-sim options...]
 JSON
   cat > "$work/web-config.json" <<JSON
 {
-  "app": { "number_of_threads": 1, "document_root": "$work/www", "idle_connection_timeout": 0 },
+  "app": { "number_of_threads": 1, "document_root": "$work/www", "idle_connection_timeout": 0,
+           "max_connections_per_ip": 0 },
   "plugins": [
     { "name": "WebKeloInterface", "config": {} },
     { "name": "ResourceListenerManager", "config": {} },

@@ -13,6 +13,7 @@
 #include "kelo/CorsAdvices.h"
 #include "kelo/HostPaths.h"
 #include "kelo/KeloLog.h"
+#include "kelo/LogFileRoller.h"
 #include "kelo/Registrations.h"
 #include "kelo/WebKeloInterface.h"
 #include "kelo/handlers/certificates/ApplyCertificateListener.h"
@@ -120,6 +121,7 @@ void Kelo::configureLogger(uint32_t id, std::string logConfigFile) {
   configuration.parseFromText("*GLOBAL:\n FILENAME = " + logDirectory + "/" + loggerId + ".log");
   el::Logger* logger = el::Loggers::getLogger(loggerId, true);
   el::Loggers::reconfigureLogger(logger, configuration);
+  LogFileRoller::install();
   KELO_LOG(INFO, loggerId) << "Using separate log file " << loggerId;
   KELO_LOG(INFO, loggerId) << "Logger initialized";
 }
@@ -286,8 +288,10 @@ void Kelo::configureDrogon() {
   web::HttpAppFramework& application = web::app();
   Registrations::registerPluginTypes(application);
   Registrations::registerRoutes(application);
-  application.loadConfigFile(drogonConfigFile)
-      .addListener("0.0.0.0", static_cast<uint16_t>(httpPort), false, "", "", false, {})
+  application.loadConfigFile(drogonConfigFile);
+  // A front end served from another origin needs the session cookie on its cross-site calls.
+  if (bypassCors) application.config().cookieSameSite.clear();
+  application.addListener("0.0.0.0", static_cast<uint16_t>(httpPort), false, "", "", false, {})
       .addListener("0.0.0.0", static_cast<uint16_t>(httpsPort), true, certificateFile,
                    privateKeyFile, false, {})
       .setLogLevel(4)

@@ -68,6 +68,7 @@ json.dump(config, open(work + "/config.json", "w"))
 web = json.loads(re.sub(r"^\s*//.*$", "", open(repo + "/config/drogon-config.json").read(), flags=re.M))
 web["app"]["document_root"] = repo + "/config/www"
 web["app"]["idle_connection_timeout"] = 0
+web["app"]["max_connections_per_ip"] = 0  # every load generator connects from one address
 json.dump(web, open(work + "/web-config.json", "w"))
 PY
 "$build/sim/tavel-sim" --plugin "$build/src/libkelo.so" --log-config config/log.conf \

@@ -68,7 +68,8 @@ void EmbeddedHost::writeFiles() const {
   writeText(dir_ / "web-config.json",
             "{\"app\": {\"number_of_threads\": " + std::to_string(options_.ioThreads) +
                 ", \"document_root\": \"" + (dir_ / "www").string() +
-                "\", \"idle_connection_timeout\": 0}, \"plugins\": ["
+                "\", \"idle_connection_timeout\": 0, \"max_connections_per_ip\": 0}, "
+                "\"plugins\": ["
                 "{\"name\": \"WebKeloInterface\", \"config\": {}},"
                 "{\"name\": \"ResourceListenerManager\", \"config\": {}},"
                 "{\"name\": \"BackgroundTaskQueue\", \"config\": {\"threads_num\": 1, "

@@ -38,6 +38,8 @@ int main(int argc, char** argv) {
   gApp = &application;
   application.setThreadNum(threads);
   application.config().idleConnectionTimeout = 0;
+  // Every load generator connects from one address.
+  application.config().maxConnectionsPerIp = 0;
   application.addListener("0.0.0.0", static_cast<std::uint16_t>(port));
   application.registerHandler("/plaintext",
                               [](const HttpRequestPtr&, ResponseCallback&& callback) {

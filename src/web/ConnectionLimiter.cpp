@@ -1,5 +1,9 @@
 #include "ConnectionLimiter.h"
 
+#include <sys/resource.h>
+
+#include <algorithm>
+
 namespace halvor::kelo::web {
 
 ConnectionLimiter::Slot& ConnectionLimiter::Slot::operator=(Slot&& other) noexcept {
@@ -20,6 +24,22 @@ void ConnectionLimiter::Slot::release() {
 void ConnectionLimiter::configure(std::size_t maxTotal, std::size_t maxPerIp) {
   maxTotal_ = maxTotal;
   maxPerIp_ = maxPerIp;
+}
+
+std::size_t ConnectionLimiter::descriptorRoom(std::size_t descriptorLimit) {
+  // A quarter, at least 32, stays free: a connection that was accepted must still be able to
+  // open a file, and the host shares the process.
+  std::size_t reserve = std::max<std::size_t>(32, descriptorLimit / 4);
+  return descriptorLimit > reserve ? descriptorLimit - reserve : 1;
+}
+
+std::size_t ConnectionLimiter::effectiveMaximum(std::size_t configured) {
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) {
+    return configured;
+  }
+  std::size_t room = descriptorRoom(static_cast<std::size_t>(limit.rlim_cur));
+  return configured == 0 ? room : std::min(configured, room);
 }
 
 bool ConnectionLimiter::tryAdmit(const std::string& ip, Slot& slot) {

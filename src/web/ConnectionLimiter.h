@@ -32,6 +32,12 @@ class ConnectionLimiter {
 
   // 0 for maxPerIp means no limit per address.
   void configure(std::size_t maxTotal, std::size_t maxPerIp);
+  // The connections a process with `descriptorLimit` descriptors can hold: the limit less a
+  // reserve for listeners, log, temporary body files, the host's own files and the like.
+  static std::size_t descriptorRoom(std::size_t descriptorLimit);
+  // The total to configure: `configured` (0: no wish) capped by the room that the process's
+  // current descriptor limit (RLIMIT_NOFILE, soft) leaves.
+  static std::size_t effectiveMaximum(std::size_t configured);
   // True and `slot` filled when the connection may stay.
   bool tryAdmit(const std::string& ip, Slot& slot);
   std::size_t count() const { return total_.load(std::memory_order_relaxed); }

@@ -299,7 +299,14 @@ void HttpAppFramework::run() {
         return;
       }
     }
-    state->limiter.configure(config.maxConnections, config.maxConnectionsPerIp);
+    std::size_t maxConnections = ConnectionLimiter::effectiveMaximum(config.maxConnections);
+    if (config.maxConnections != 0 && maxConnections < config.maxConnections) {
+      logLine(kWarn, "max_connections " + std::to_string(config.maxConnections) +
+                         " is above what the descriptor limit allows: " +
+                         std::to_string(maxConnections) + " instead");
+    }
+    state->limiter.configure(maxConnections, config.maxConnectionsPerIp);
+    state->diskBudget->configure(config.clientMaxDiskBodyTotal);
     state->staticFiles = std::make_unique<StaticFiles>(config.documentRoot, config.fileTypes);
     std::error_code tempError;
     state->temporaryDirectory = std::filesystem::temp_directory_path(tempError).string();
@@ -386,6 +393,10 @@ const std::string& HttpAppFramework::getUploadPath() const {
 }
 
 std::size_t HttpAppFramework::connectionCount() const { return impl_->state->limiter.count(); }
+
+std::uint64_t HttpAppFramework::temporaryBodyBytes() const {
+  return impl_->state->diskBudget->used();
+}
 
 HttpAppFramework& app() {
   // Never destroyed: I/O threads of a detached server thread may outlive static destruction.

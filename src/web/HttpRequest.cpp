@@ -73,8 +73,10 @@ void HttpRequest::appendBody(std::string_view chunk) {
   bodyLength_ = body_.size();
 }
 
-void HttpRequest::setBodyFile(std::string path, std::size_t length) {
+void HttpRequest::setBodyFile(std::string path, std::size_t length,
+                              std::shared_ptr<const void> lease) {
   removeBodyFile();
+  bodyFileLease_ = std::move(lease);
   body_.clear();
   bodyFilePath_ = std::move(path);
   bodyLength_ = length;
@@ -121,6 +123,8 @@ void HttpRequest::removeBodyFile() {
     std::remove(bodyFilePath_.c_str());
     bodyFilePath_.clear();
   }
+  // Unmapped and removed: the bytes are free again.
+  bodyFileLease_.reset();
 }
 
 }  // namespace halvor::kelo::web

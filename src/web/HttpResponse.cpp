@@ -60,6 +60,7 @@ void HttpResponse::reset() {
   creationAdviceApplied_ = false;
   customContentType_.clear();
   body_.clear();
+  sharedBody_.reset();
   headers_.clear();
   cookies_.clear();
 }

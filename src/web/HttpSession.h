@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/write.hpp>
+#include <boost/beast/core/buffers_suffix.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http/error.hpp>
 #include <boost/beast/http/read.hpp>
@@ -11,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "ConnectionLimiter.h"
 #include "IoThread.h"
@@ -24,10 +27,11 @@
 
 namespace halvor::kelo::web {
 
-// One HTTP connection, plain or TLS (Derived provides stream(), closeSocket(), doEof() and
-// upgrade()). Requests are handled one at a time and in order: the next one is read after the
-// response to the previous one was written. The request, parser state, input and output
-// buffers are reused from one request to the next.
+// One HTTP connection, plain or TLS (Derived provides stream(), closeSocket(), doEof(),
+// upgrade() and kSecure). Requests are handled one at a time and in order: the next one is read
+// after the response to the previous one was written. The request, parser state, input and
+// output buffers are reused from one request to the next. A connection that makes no progress
+// for idle_connection_timeout, reading or writing, is closed.
 template <class Derived>
 class HttpSession : public TrackedConnection {
  public:
@@ -42,7 +46,7 @@ class HttpSession : public TrackedConnection {
   void closeIfIdle(std::uint64_t now) override {
     if (lingering_ && now - lastActivity_ >= kLingerSeconds) {
       derived().closeSocket();
-    } else if (reading_ && state_->config.idleConnectionTimeout != 0 &&
+    } else if ((reading_ || writing_) && state_->config.idleConnectionTimeout != 0 &&
                now - lastActivity_ >= state_->config.idleConnectionTimeout) {
       derived().closeSocket();
     }
@@ -58,14 +62,34 @@ class HttpSession : public TrackedConnection {
   void beginTracking() {
     lastActivity_ = io_->ticks();
     io_->track(derived().weak_from_this());
+    cookieAttributes_ = cookieAttributes(state_->config.cookieSameSite, Derived::kSecure);
+  }
+
+  // The largest body a request may have: one above the memory limit goes to a file, and must
+  // fit the file's limit as well. A Content-Length above it is refused before any body is read.
+  static std::uint64_t bodyLimit(const WebConfig& config) {
+    return std::min(config.clientMaxBodySize,
+                    std::max(config.clientMaxMemoryBodySize, config.clientMaxDiskBodySize));
+  }
+
+  // "; SameSite=Lax" unless switched off, and "; Secure" over TLS.
+  static std::string cookieAttributes(const std::string& sameSite, bool secure) {
+    std::string attributes;
+    if (!sameSite.empty()) attributes += "; SameSite=" + sameSite;
+    if (secure) attributes += "; Secure";
+    return attributes;
   }
 
   void doRead() {
     if (state_->stopping.load()) return derived().closeSocket();
     prepareRequest();
-    parser_.emplace(*request_, state_->config.clientMaxMemoryBodySize, state_->temporaryDirectory);
+    RequestParser::Limits limits;
+    limits.maxMemoryBody = state_->config.clientMaxMemoryBodySize;
+    limits.maxDiskBody = state_->config.clientMaxDiskBodySize;
+    limits.diskBudget = state_->diskBudget;
+    parser_.emplace(*request_, std::move(limits), state_->temporaryDirectory);
     parser_->header_limit(static_cast<std::uint32_t>(state_->config.maxHeaderSize));
-    parser_->body_limit(state_->config.clientMaxBodySize);
+    parser_->body_limit(bodyLimit(state_->config));
     reading_ = true;
     lastActivity_ = io_->ticks();
     boost::beast::http::async_read_header(
@@ -211,8 +235,24 @@ class HttpSession : public TrackedConnection {
     if (file.empty()) return respondLocal(k404NotFound, "");
     if (method != Get && method != Head) return respondLocal(k405MethodNotAllowed, "GET, HEAD");
     auto response = std::make_shared<HttpResponse>();
-    if (!StaticFiles::load(file, *response)) return respondLocal(k404NotFound, "");
+    if (!state_->staticFiles->load(file, *response)) return respondLocal(k404NotFound, "");
+    addStaticFileHeaders(*response);
     onResponse(sequence_, response);
+  }
+
+  // What a browser should not do with the console's own pages: guess a type, show them in a
+  // frame of another site, tell other sites where the operator came from.
+  void addStaticFileHeaders(HttpResponse& response) const {
+    const WebConfig& config = state_->config;
+    if (!config.contentTypeOptions.empty()) {
+      response.addHeader("X-Content-Type-Options", config.contentTypeOptions);
+    }
+    if (!config.contentSecurityPolicy.empty()) {
+      response.addHeader("Content-Security-Policy", config.contentSecurityPolicy);
+    }
+    if (!config.referrerPolicy.empty()) {
+      response.addHeader("Referrer-Policy", config.referrerPolicy);
+    }
   }
 
   void upgrade(const RouteEntry& entry) {
@@ -267,29 +307,49 @@ class HttpSession : public TrackedConnection {
     } catch (...) {
       logLine(kError, "A response creation advice threw");
     }
+    if (Derived::kSecure && !state_->config.strictTransportSecurity.empty()) {
+      response->addHeader("Strict-Transport-Security", state_->config.strictTransportSecurity);
+    }
     closeAfterWrite_ = !keepAlive_ || response->ifCloseConnection() || state_->stopping.load();
     ResponseSerializer::Options options;
     options.close = closeAfterWrite_;
     options.keepAliveHeader = !closeAfterWrite_ && request_->version() == 10;
     options.serverHeader = state_->config.serverHeader;
+    options.cookieAttributes = cookieAttributes_;
     ResponseSerializer::writeHead(*response, options, head_);
     response_ = std::move(response);
     bool withBody = request_->method() != Head &&
                     ResponseSerializer::statusHasBody(response_->statusCode()) &&
-                    !response_->body().empty();
-    auto onWritten = [self = derived().shared_from_this()](boost::beast::error_code ec,
-                                                           std::size_t) { self->onWrite(ec); };
-    if (withBody) {
-      std::array<boost::asio::const_buffer, 2> buffers = {boost::asio::buffer(head_),
-                                                          boost::asio::buffer(response_->body())};
-      boost::asio::async_write(derived().stream(), buffers, std::move(onWritten));
-    } else {
-      boost::asio::async_write(derived().stream(), boost::asio::buffer(head_),
-                               std::move(onWritten));
-    }
+                    !response_->bodyView().empty();
+    std::string_view body = withBody ? response_->bodyView() : std::string_view();
+    pending_ = Pending(std::array<boost::asio::const_buffer, 2>{
+        boost::asio::buffer(head_), boost::asio::buffer(body.data(), body.size())});
+    writing_ = true;
+    lastActivity_ = io_->ticks();
+    writeSome();
+  }
+
+  // The response goes out piece by piece, so that each piece the peer takes counts as progress:
+  // a peer that reads slowly keeps its connection, one that stops reading loses it after
+  // idle_connection_timeout like an idle one.
+  void writeSome() {
+    derived().stream().async_write_some(
+        pending_,
+        [self = derived().shared_from_this()](boost::beast::error_code ec, std::size_t written) {
+          self->onWriteSome(ec, written);
+        });
+  }
+
+  void onWriteSome(boost::beast::error_code ec, std::size_t written) {
+    if (ec) return onWrite(ec);
+    lastActivity_ = io_->ticks();
+    pending_.consume(written);
+    if (boost::asio::buffer_size(pending_) == 0) return onWrite(ec);
+    writeSome();
   }
 
   void onWrite(boost::beast::error_code ec) {
+    writing_ = false;
     response_.reset();
     if (ec) {
       SessionErrors::fail(ec, "write");
@@ -331,17 +391,22 @@ class HttpSession : public TrackedConnection {
   ConnectionLimiter::Slot slot_;
   InetAddress peer_;
   InetAddress local_;
+  using Pending = boost::beast::buffers_suffix<std::array<boost::asio::const_buffer, 2>>;
+
   boost::beast::flat_buffer buffer_;
   std::optional<RequestParser> parser_;
   HttpRequestPtr request_;
   HttpResponsePtr response_;
   std::string head_;
+  Pending pending_;
+  std::string cookieAttributes_;
   std::uint64_t sequence_ = 0;
   std::uint64_t lastActivity_ = 0;
   bool awaiting_ = false;
   bool keepAlive_ = true;
   bool closeAfterWrite_ = false;
   bool reading_ = false;
+  bool writing_ = false;
   bool lingering_ = false;
 };
 

@@ -19,6 +19,25 @@ InetAddress toInetAddress(const tcp::endpoint& endpoint) {
   return InetAddress(endpoint.address().to_string(), endpoint.port());
 }
 
+// TLS 1.2 with forward-secret AEAD suites only, and TLS 1.3 with its own (all AEAD); the
+// server's order of preference decides; no compression, no renegotiation. "ssl_conf" commands
+// of the listener come after this and may change it.
+void applyModernProfile(SSL_CTX* context) {
+  static const char* const kTls12Suites =
+      "ECDHE-ECDSA-AES128-GCM-SHA256:ECDHE-RSA-AES128-GCM-SHA256:"
+      "ECDHE-ECDSA-AES256-GCM-SHA384:ECDHE-RSA-AES256-GCM-SHA384:"
+      "ECDHE-ECDSA-CHACHA20-POLY1305:ECDHE-RSA-CHACHA20-POLY1305";
+  static const char* const kTls13Suites =
+      "TLS_AES_128_GCM_SHA256:TLS_AES_256_GCM_SHA384:TLS_CHACHA20_POLY1305_SHA256";
+  if (SSL_CTX_set_cipher_list(context, kTls12Suites) != 1 ||
+      SSL_CTX_set_ciphersuites(context, kTls13Suites) != 1 ||
+      SSL_CTX_set1_groups_list(context, "X25519:P-256:P-384") != 1) {
+    throw std::runtime_error("Cannot set the TLS cipher suites");
+  }
+  SSL_CTX_set_options(
+      context, SSL_OP_CIPHER_SERVER_PREFERENCE | SSL_OP_NO_COMPRESSION | SSL_OP_NO_RENEGOTIATION);
+}
+
 }  // namespace
 
 Listener::Listener(const ListenerConfig& config, std::shared_ptr<asio::ssl::context> tls,
@@ -51,8 +70,9 @@ std::shared_ptr<asio::ssl::context> Listener::makeTlsContext(const ListenerConfi
   auto context = std::make_shared<asio::ssl::context>(asio::ssl::context::tls_server);
   context->set_options(asio::ssl::context::default_workarounds | asio::ssl::context::no_sslv2 |
                        asio::ssl::context::no_sslv3 | asio::ssl::context::single_dh_use);
-  SSL_CTX_set_min_proto_version(context->native_handle(),
-                                config.useOldTls ? TLS1_VERSION : TLS1_2_VERSION);
+  SSL_CTX* native = context->native_handle();
+  SSL_CTX_set_min_proto_version(native, config.useOldTls ? TLS1_VERSION : TLS1_2_VERSION);
+  if (!config.useOldTls) applyModernProfile(native);
   boost::system::error_code ec;
   context->use_certificate_chain_file(config.certFile, ec);
   if (ec) {

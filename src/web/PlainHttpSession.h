@@ -11,6 +11,9 @@ namespace halvor::kelo::web {
 class PlainHttpSession : public HttpSession<PlainHttpSession>,
                          public std::enable_shared_from_this<PlainHttpSession> {
  public:
+  // Whether answers go over TLS (Secure cookies, Strict-Transport-Security).
+  static constexpr bool kSecure = false;
+
   PlainHttpSession(boost::asio::ip::tcp::socket&& socket, ServerStatePtr state, IoThreadPtr io,
                    ConnectionLimiter::Slot slot, InetAddress peer, InetAddress local);
 

@@ -13,10 +13,22 @@
 namespace halvor::kelo::web {
 
 namespace http = boost::beast::http;
+using string_view = RequestParser::string_view;
 
-RequestParser::RequestParser(HttpRequest& request, std::uint64_t maxMemoryBody,
+namespace {
+
+// OWS around a field value is not part of it.
+string_view trimmed(string_view value) {
+  while (!value.empty() && (value.front() == ' ' || value.front() == '\t')) value.remove_prefix(1);
+  while (!value.empty() && (value.back() == ' ' || value.back() == '\t')) value.remove_suffix(1);
+  return value;
+}
+
+}  // namespace
+
+RequestParser::RequestParser(HttpRequest& request, Limits limits,
                              const std::string& temporaryDirectory)
-    : request_(request), maxMemoryBody_(maxMemoryBody), temporaryDirectory_(temporaryDirectory) {}
+    : request_(request), limits_(std::move(limits)), temporaryDirectory_(temporaryDirectory) {}
 
 RequestParser::~RequestParser() { discardBodyFile(); }
 
@@ -54,7 +66,21 @@ void RequestParser::on_response_impl(int, string_view, int, error_code& ec) {
 }
 
 void RequestParser::on_field_impl(http::field name, string_view nameText, string_view value,
-                                  error_code&) {
+                                  error_code& ec) {
+  // Only one framing is trusted: a single Transfer-Encoding of exactly "chunked", and never
+  // together with Content-Length. Anything else leaves the end of the body in doubt, and a
+  // proxy in front may see a different end than we do.
+  if (name == http::field::transfer_encoding) {
+    if (transferEncodingSeen_ || !FieldLookup::equalsIgnoreCase(trimmed(value), "chunked")) {
+      ec = http::error::bad_transfer_encoding;
+      return;
+    }
+    transferEncodingSeen_ = true;
+  }
+  if (name == http::field::content_length && transferEncodingSeen_) {
+    ec = http::error::bad_transfer_encoding;
+    return;
+  }
   if (name == http::field::expect && FieldLookup::equalsIgnoreCase(value, "100-continue")) {
     expectsContinue_ = true;
   }
@@ -65,7 +91,8 @@ void RequestParser::on_header_impl(error_code&) {}
 
 void RequestParser::on_body_init_impl(const boost::optional<std::uint64_t>& contentLength,
                                       error_code& ec) {
-  if (contentLength && *contentLength > maxMemoryBody_ && !openBodyFile()) {
+  if (contentLength && *contentLength > limits_.maxMemoryBody &&
+      (*contentLength > limits_.maxDiskBody || !openBodyFile())) {
     ec = http::error::body_limit;
   }
 }
@@ -86,7 +113,7 @@ void RequestParser::on_finish_impl(error_code&) {
   if (bodyFile_ >= 0) {
     ::close(bodyFile_);
     bodyFile_ = -1;
-    request_.setBodyFile(std::move(bodyFilePath_), bodyFileLength_);
+    request_.setBodyFile(std::move(bodyFilePath_), bodyFileLength_, std::move(lease_));
     bodyFilePath_.clear();
   }
 }
@@ -94,29 +121,31 @@ void RequestParser::on_finish_impl(error_code&) {
 // In memory until the body passes the memory limit, then in the file (chunked bodies learn
 // their size only as they come).
 bool RequestParser::appendBody(string_view chunk) {
-  if (bodyFile_ < 0 && request_.bodyLength() + chunk.size() > maxMemoryBody_) {
+  if (bodyFile_ < 0 && request_.bodyLength() + chunk.size() > limits_.maxMemoryBody) {
     if (!openBodyFile()) return false;
     std::string_view sofar = request_.body();
-    if (!sofar.empty() &&
-        ::write(bodyFile_, sofar.data(), sofar.size()) != static_cast<ssize_t>(sofar.size())) {
-      return false;
-    }
-    bodyFileLength_ = sofar.size();
+    if (!writeToFile(sofar.data(), sofar.size())) return false;
     request_.setBody(std::string());
   }
   if (bodyFile_ < 0) {
     request_.appendBody(chunk);
     return true;
   }
-  const char* data = chunk.data();
-  std::size_t left = chunk.size();
+  return writeToFile(chunk.data(), chunk.size());
+}
+
+// Within this body's own limit and the budget of all bodies on disk, or not at all.
+bool RequestParser::writeToFile(const char* data, std::size_t size) {
+  if (size == 0) return true;
+  if (bodyFileLength_ + size > limits_.maxDiskBody || !lease_->grow(size)) return false;
+  std::size_t left = size;
   while (left > 0) {
     ssize_t written = ::write(bodyFile_, data, left);
     if (written <= 0) return false;
     data += written;
     left -= static_cast<std::size_t>(written);
   }
-  bodyFileLength_ += chunk.size();
+  bodyFileLength_ += size;
   return true;
 }
 
@@ -129,6 +158,8 @@ bool RequestParser::openBodyFile() {
   if (bodyFile_ < 0) return false;
   bodyFilePath_ = name.data();
   bodyFileLength_ = 0;
+  lease_ =
+      limits_.diskBudget ? limits_.diskBudget->lease() : std::make_shared<DiskBudget>()->lease();
   return true;
 }
 
@@ -141,6 +172,7 @@ void RequestParser::discardBodyFile() {
     std::remove(bodyFilePath_.c_str());
     bodyFilePath_.clear();
   }
+  lease_.reset();
 }
 
 }  // namespace halvor::kelo::web

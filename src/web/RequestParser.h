@@ -2,22 +2,32 @@
 
 #include <boost/beast/http/basic_parser.hpp>
 #include <cstdint>
+#include <memory>
 #include <string>
 
+#include "DiskBudget.h"
 #include "kelo/web/HttpRequest.h"
 
 namespace halvor::kelo::web {
 
 // Parses one request straight into a (reused) HttpRequest, without a message object of its
-// own. A body above `maxMemoryBody` goes to a temporary file in `temporaryDirectory`, which
-// the request owns once the message is complete (and which is removed if it never is).
+// own. A body above `limits.maxMemoryBody` goes to a temporary file in `temporaryDirectory`,
+// which the request owns once the message is complete (and which is removed if it never is).
+// The file may grow to `limits.maxDiskBody` and takes its bytes from `limits.diskBudget`; a body
+// beyond either fails with body_limit. A Transfer-Encoding other than one "chunked" fails with
+// bad_transfer_encoding: its body would otherwise be read as the next request.
 class RequestParser : public boost::beast::http::basic_parser<true> {
  public:
   using error_code = boost::beast::error_code;
   using string_view = boost::beast::string_view;
 
-  RequestParser(HttpRequest& request, std::uint64_t maxMemoryBody,
-                const std::string& temporaryDirectory);
+  struct Limits {
+    std::uint64_t maxMemoryBody = 0;
+    std::uint64_t maxDiskBody = 0;
+    std::shared_ptr<DiskBudget> diskBudget;
+  };
+
+  RequestParser(HttpRequest& request, Limits limits, const std::string& temporaryDirectory);
   ~RequestParser() override;
 
   // True when the request asked for "Expect: 100-continue".
@@ -38,16 +48,19 @@ class RequestParser : public boost::beast::http::basic_parser<true> {
   void on_finish_impl(error_code& ec) override;
 
   bool appendBody(string_view chunk);
+  bool writeToFile(const char* data, std::size_t size);
   bool openBodyFile();
   void discardBodyFile();
 
   HttpRequest& request_;
-  std::uint64_t maxMemoryBody_;
+  Limits limits_;
   const std::string& temporaryDirectory_;
   bool expectsContinue_ = false;
   int bodyFile_ = -1;
   std::string bodyFilePath_;
   std::uint64_t bodyFileLength_ = 0;
+  std::shared_ptr<DiskBudget::Lease> lease_;
+  bool transferEncodingSeen_ = false;
 };
 
 }  // namespace halvor::kelo::web

@@ -67,7 +67,7 @@ void ResponseSerializer::writeHead(const HttpResponse& response, const Options& 
   if (statusHasBody(status) || status == 204 || status == 304) {
     if (status != 204 && (status >= 200)) {
       out += "Content-Length: ";
-      appendNumber(out, response.body().size());
+      appendNumber(out, response.bodyView().size());
       out += "\r\n";
     }
   }
@@ -91,7 +91,9 @@ void ResponseSerializer::writeHead(const HttpResponse& response, const Options& 
     appendFieldText(out, name);
     out += '=';
     appendFieldText(out, value);
-    out += "; HttpOnly\r\n";
+    out += "; HttpOnly";
+    out += options.cookieAttributes;
+    out += "\r\n";
   }
   if (options.close) {
     out += "Connection: close\r\n";

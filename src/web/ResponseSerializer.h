@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "kelo/web/HttpResponse.h"
 
@@ -13,6 +14,8 @@ class ResponseSerializer {
     bool close = false;            // "Connection: close"
     bool keepAliveHeader = false;  // "Connection: keep-alive" (HTTP/1.0 clients)
     bool serverHeader = false;
+    // Appended to every Set-Cookie after "; HttpOnly" ("; SameSite=Lax; Secure" or "").
+    std::string_view cookieAttributes;
   };
   // Replaces the content of `out`. Content-Length is always written (the body's size, also
   // for HEAD); header fields that the server owns (Content-Length, Transfer-Encoding,

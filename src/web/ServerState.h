@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ConnectionLimiter.h"
+#include "DiskBudget.h"
 #include "Router.h"
 #include "StaticFiles.h"
 #include "kelo/web/HttpAppFramework.h"
@@ -38,6 +39,7 @@ class ServerState {
   std::unique_ptr<StaticFiles> staticFiles;
   std::string temporaryDirectory;
   ConnectionLimiter limiter;
+  std::shared_ptr<DiskBudget> diskBudget = std::make_shared<DiskBudget>();
   std::atomic<bool> stopping{false};
 };
 

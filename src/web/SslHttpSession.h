@@ -13,6 +13,9 @@ namespace halvor::kelo::web {
 class SslHttpSession : public HttpSession<SslHttpSession>,
                        public std::enable_shared_from_this<SslHttpSession> {
  public:
+  // Whether answers go over TLS (Secure cookies, Strict-Transport-Security).
+  static constexpr bool kSecure = true;
+
   using Stream = boost::beast::ssl_stream<boost::asio::ip::tcp::socket>;
 
   SslHttpSession(boost::asio::ip::tcp::socket&& socket,

@@ -3,8 +3,6 @@
 #include <array>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace halvor::kelo::web {
 namespace fs = std::filesystem;
@@ -88,13 +86,11 @@ std::string StaticFiles::resolve(std::string_view decodedPath) const {
 }
 
 bool StaticFiles::load(const std::string& file, HttpResponse& response) {
-  std::ifstream in(file, std::ios::binary);
-  if (!in) return false;
-  std::string body((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  if (in.bad()) return false;
+  std::shared_ptr<const std::string> content = cache_.get(file);
+  if (!content) return false;
   response.setStatusCode(k200OK);
   response.setContentTypeCode(contentTypeForExtension(lowerExtension(file)));
-  response.setBody(std::move(body));
+  response.setSharedBody(std::move(content));
   return true;
 }
 

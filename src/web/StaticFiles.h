@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "SharedFileCache.h"
 #include "kelo/web/HttpResponse.h"
 
 namespace halvor::kelo::web {
@@ -19,8 +20,9 @@ class StaticFiles {
   // The file `decodedPath` stands for ("/" and directories mean their "index.html"), or ""
   // when it must not be served.
   std::string resolve(std::string_view decodedPath) const;
-  // Fills status, content type and body from `file`; false when it cannot be read.
-  static bool load(const std::string& file, HttpResponse& response);
+  // Fills status, content type and body from `file`; false when it cannot be read. The body is
+  // shared with every other response that sends the same file at the same time.
+  bool load(const std::string& file, HttpResponse& response);
   static bool isNeverServed(std::string_view extension);
 
  private:
@@ -28,6 +30,7 @@ class StaticFiles {
 
   std::string root_;  // canonical, without trailing '/'; empty when the root does not exist
   std::vector<std::string> fileTypes_;
+  SharedFileCache cache_;
 };
 
 }  // namespace halvor::kelo::web

@@ -47,6 +47,14 @@ std::uint64_t readSize(const Json::Value& object, const std::string& key, std::u
   }
 }
 
+std::string readSameSite(const Json::Value& app, const std::string& fallback) {
+  std::string value = readString(app, "cookie_same_site", fallback);
+  if (value != "Lax" && value != "Strict" && value != "None" && !value.empty()) {
+    badValue("cookie_same_site", "\"Lax\", \"Strict\", \"None\" or \"\"");
+  }
+  return value;
+}
+
 void readApp(const Json::Value& app, WebConfig& config) {
   if (!app.isObject()) badValue("app", "an object");
   config.numberOfThreads = readCount(app, "number_of_threads", config.numberOfThreads);
@@ -55,6 +63,11 @@ void readApp(const Json::Value& app, WebConfig& config) {
   config.clientMaxBodySize = readSize(app, "client_max_body_size", config.clientMaxBodySize);
   config.clientMaxMemoryBodySize =
       readSize(app, "client_max_memory_body_size", config.clientMaxMemoryBodySize);
+  // The disk budget of one body follows the memory limit unless it is given.
+  config.clientMaxDiskBodySize =
+      readSize(app, "client_max_disk_body_size", 16 * config.clientMaxMemoryBodySize);
+  config.clientMaxDiskBodyTotal =
+      readSize(app, "client_max_disk_body_total", config.clientMaxDiskBodyTotal);
   config.clientMaxWebSocketMessageSize =
       readSize(app, "client_max_websocket_message_size", config.clientMaxWebSocketMessageSize);
   config.clientMaxWebSocketSendQueue =
@@ -64,6 +77,13 @@ void readApp(const Json::Value& app, WebConfig& config) {
   config.maxConnections = readCount(app, "max_connections", config.maxConnections);
   config.maxConnectionsPerIp = readCount(app, "max_connections_per_ip", config.maxConnectionsPerIp);
   config.serverHeader = readBool(app, "server_header_field", config.serverHeader);
+  config.cookieSameSite = readSameSite(app, config.cookieSameSite);
+  config.strictTransportSecurity =
+      readString(app, "strict_transport_security", config.strictTransportSecurity);
+  config.contentTypeOptions = readString(app, "content_type_options", config.contentTypeOptions);
+  config.contentSecurityPolicy =
+      readString(app, "content_security_policy", config.contentSecurityPolicy);
+  config.referrerPolicy = readString(app, "referrer_policy", config.referrerPolicy);
   if (app.isMember("file_types")) {
     const Json::Value& types = app["file_types"];
     if (!types.isArray()) badValue("file_types", "an array of strings");

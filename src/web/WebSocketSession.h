@@ -211,10 +211,16 @@ class WebSocketSession : public WebSocketConnection,
 
   // Inside the read of the client's close frame. Left alone, the stream answers it right after
   // with the client's own code; a close started here is the answer instead (1000, no reason).
-  // A shutdown() from the controller is a no-op by now.
+  // A shutdown() from the controller is a no-op by now. A code that no endpoint may send is a
+  // protocol error, answered with 1002 like the stream's own checks, and is not a close the
+  // controller hears of.
   void onCloseFrame() {
     connected_.store(false);
-    answerClose();
+    if (!isAllowedCloseCode(ws_.reason().code)) {
+      answerClose(boost::beast::websocket::close_code::protocol_error);
+      return;
+    }
+    answerClose(boost::beast::websocket::close_code::normal);
     std::string reason(ws_.reason().reason.data(), ws_.reason().reason.size());
     callController("handleNewMessage", [&] {
       controller_->handleNewMessage(self(), std::move(reason), WebSocketMessageType::Close);
@@ -225,16 +231,26 @@ class WebSocketSession : public WebSocketConnection,
   // closing: a close that gets the write lock at once makes it so, and one that waits for a
   // write in progress is handed the lock before the read, which then finds the stream closed.
   // Our own close frame, once on its way, is the answer as it stands.
-  void answerClose() {
+  void answerClose(boost::beast::websocket::close_code code) {
     if (closeStarted_) return;
     dropQueued();
     closeQueued_ = true;
     closeStarted_ = true;
-    ws_.async_close(boost::beast::websocket::close_code::normal,
-                    [self = this->shared_from_this()](boost::beast::error_code ec) {
-                      if (ec) SessionErrors::fail(ec, "websocket close");
-                    });
+    ws_.async_close(code, [self = this->shared_from_this()](boost::beast::error_code ec) {
+      if (ec) SessionErrors::fail(ec, "websocket close");
+    });
     armCloseTimer();
+  }
+
+  // The codes a peer may put in a close frame: none at all, those defined for the protocol
+  // (1000-1003, 1007-1014; 1004-1006 and 1015 never go on the wire), those registered for
+  // libraries and applications (3000-3999) and private ones (4000-4999). Everything else,
+  // 5000 and above included, is not a close but an error.
+  static bool isAllowedCloseCode(std::uint16_t code) {
+    if (code == boost::beast::websocket::close_code::none) return true;
+    if (code >= 1000 && code <= 1003) return true;
+    if (code >= 1007 && code <= 1014) return true;
+    return code >= 3000 && code <= 4999;
   }
 
   void onEnd(boost::beast::error_code ec) {

@@ -149,6 +149,8 @@ class HttpAppFramework {
   const std::string& getUploadPath() const;
   // Open connections (HTTP and WebSocket) right now.
   std::size_t connectionCount() const;
+  // Bytes that request bodies hold in temporary files right now.
+  std::uint64_t temporaryBodyBytes() const;
 
   struct Impl;
 

@@ -77,7 +77,9 @@ class HttpRequest {
   void setBody(std::string body);
   void appendBody(std::string_view chunk);
   // Hands the body over to a file that the request owns from now on (removed with it).
-  void setBodyFile(std::string path, std::size_t length);
+  // `lease`, when given, is released once the file is gone (the server's disk budget).
+  void setBodyFile(std::string path, std::size_t length,
+                   std::shared_ptr<const void> lease = nullptr);
   void setPeerAddr(InetAddress addr) { peer_ = std::move(addr); }
   void setLocalAddr(InetAddress addr) { local_ = std::move(addr); }
   std::vector<std::string>& routingParameters() { return routingParameters_; }
@@ -99,6 +101,7 @@ class HttpRequest {
   std::size_t bodyLength_ = 0;
   std::string bodyFilePath_;
   mutable std::unique_ptr<MappedFile> mappedBody_;
+  std::shared_ptr<const void> bodyFileLease_;
   InetAddress peer_;
   InetAddress local_;
   std::vector<std::string> routingParameters_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -38,9 +39,22 @@ class HttpResponse {
   // The Content-Type header value that will be sent ("" for none).
   std::string_view contentTypeString() const;
 
-  void setBody(std::string body) { body_ = std::move(body); }
+  // A body of the response's own; replaces a shared body.
+  void setBody(std::string body) {
+    body_ = std::move(body);
+    sharedBody_.reset();
+  }
+  // The body set with setBody ("" while a shared body is set).
   const std::string& body() const { return body_; }
   std::string& body() { return body_; }
+  // A read-only body that many responses share (a static file): no copy per response. The
+  // text must not change while any response holds it.
+  void setSharedBody(std::shared_ptr<const std::string> body) {
+    body_.clear();
+    sharedBody_ = std::move(body);
+  }
+  // What is sent: the shared body when there is one, otherwise body().
+  std::string_view bodyView() const { return sharedBody_ ? *sharedBody_ : std::string_view(body_); }
 
   // Adds the field, or replaces the value of a field of that name (names are matched
   // case-insensitively, also by getHeader and removeHeader).
@@ -74,6 +88,7 @@ class HttpResponse {
   bool creationAdviceApplied_ = false;
   std::string customContentType_;
   std::string body_;
+  std::shared_ptr<const std::string> sharedBody_;
   Fields headers_;
   Fields cookies_;
 };

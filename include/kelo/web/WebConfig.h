@@ -36,21 +36,39 @@ struct WebConfig {
   std::vector<std::string> fileTypes = {
       "html", "js",  "css",  "xml", "xsl", "txt", "svg",  "ttf",  "otf",  "woff", "woff2", "eot",
       "png",  "jpg", "jpeg", "gif", "bmp", "ico", "icns", "webp", "wasm", "map",  "pdf"};
-  std::uint64_t clientMaxBodySize = 1024 * 1024;                // "1M"
-  std::uint64_t clientMaxMemoryBodySize = 64 * 1024;            // "64K"
+  std::uint64_t clientMaxBodySize = 1024 * 1024;      // "1M"
+  std::uint64_t clientMaxMemoryBodySize = 64 * 1024;  // "64K"
+  // One request body kept in a temporary file may hold this much; more is answered with 413
+  // and the connection closes. Absent from the file: 16 times clientMaxMemoryBodySize.
+  std::uint64_t clientMaxDiskBodySize = 16 * 64 * 1024;  // "1M"
+  // All temporary body files of the process together; a body that would pass it is answered
+  // with 413 and the connection closes.
+  std::uint64_t clientMaxDiskBodyTotal = 64 * 1024 * 1024;      // "64M"
   std::uint64_t clientMaxWebSocketMessageSize = 128 * 1024;     // "128K"
   std::uint64_t clientMaxWebSocketSendQueue = 8 * 1024 * 1024;  // "8M"
   // Seconds without traffic after which a connection is closed; 0 disables the timeout.
   std::uint64_t idleConnectionTimeout = 60;
-  std::size_t maxConnections = 100000;
-  // 0: no limit.
-  std::size_t maxConnectionsPerIp = 0;
+  // 0: as many as the process's descriptor limit leaves room for (read at start). A larger
+  // value is lowered to that room as well, since connections beyond it could not be served.
+  std::size_t maxConnections = 0;
+  // 0: no limit. A console in a browser uses a few dozen at most.
+  std::size_t maxConnectionsPerIp = 64;
   // Total size of request line and header fields.
   std::size_t maxHeaderSize = 16 * 1024;
   bool serverHeader = false;
   // Origins of other sites whose pages may open WebSockets here, besides the request's own site
   // ("*": every one). Not read from the file: the plug-in sets it from its own configuration.
   std::vector<std::string> trustedWebSocketOrigins;
+  // Attributes of every Set-Cookie: SameSite with this value ("" leaves it out), and Secure on
+  // answers over TLS.
+  std::string cookieSameSite = "Lax";
+  // Sent on every answer over TLS ("" for none).
+  std::string strictTransportSecurity = "max-age=31536000";
+  // Sent with static files ("" for none): X-Content-Type-Options, Content-Security-Policy
+  // (a frame-ancestors policy) and Referrer-Policy.
+  std::string contentTypeOptions = "nosniff";
+  std::string contentSecurityPolicy = "frame-ancestors 'self'";
+  std::string referrerPolicy = "same-origin";
   std::vector<ListenerConfig> listeners;
   std::vector<PluginConfig> plugins;
 };

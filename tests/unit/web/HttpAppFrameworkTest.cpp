@@ -141,9 +141,51 @@ TEST(HttpAppFrameworkTest, CookiesInAndOut) {
   HttpClient client("127.0.0.1", server.port());
   HttpReply reply = client.get("/c", {{"Cookie", "other=1; SessionID=abc"}});
   EXPECT_EQ(reply.headersNamed("Set-Cookie"),
-            std::vector<std::string>{"SessionID=abc;Path=/; HttpOnly"});
+            std::vector<std::string>{"SessionID=abc;Path=/; HttpOnly; SameSite=Lax"});
   EXPECT_EQ(client.get("/c").headersNamed("Set-Cookie"),
-            std::vector<std::string>{"SessionID=;Path=/; HttpOnly"});
+            std::vector<std::string>{"SessionID=;Path=/; HttpOnly; SameSite=Lax"});
+}
+
+namespace {
+
+void addCookieRoute(HttpAppFramework& app) {
+  app.registerHandler("/c", [](const HttpRequestPtr& req, ResponseCallback&& callback) {
+    auto resp = HttpResponse::newHttpResponse();
+    resp->addCookie("SessionID", req->getCookie("SessionID") + ";Path=/");
+    callback(resp);
+  });
+}
+
+}  // namespace
+
+TEST(HttpAppFrameworkTest, CookiesOverTlsAreSecureAndAnswersCarryStrictTransportSecurity) {
+  WebTestServer server(addCookieRoute, true);
+  HttpClient tls("127.0.0.1", server.tlsPort(), true);
+  HttpReply reply = tls.get("/c", {{"Cookie", "SessionID=abc"}});
+  EXPECT_EQ(reply.headersNamed("Set-Cookie"),
+            std::vector<std::string>{"SessionID=abc;Path=/; HttpOnly; SameSite=Lax; Secure"});
+  EXPECT_EQ(reply.header("Strict-Transport-Security"), "max-age=31536000");
+  EXPECT_EQ(tls.get("/nothing-here").header("Strict-Transport-Security"), "max-age=31536000");
+  HttpClient plain("127.0.0.1", server.port());
+  HttpReply plainReply = plain.get("/c", {{"Cookie", "SessionID=abc"}});
+  EXPECT_EQ(plainReply.headersNamed("Set-Cookie"),
+            std::vector<std::string>{"SessionID=abc;Path=/; HttpOnly; SameSite=Lax"});
+  EXPECT_EQ(plainReply.header("Strict-Transport-Security"), "");
+}
+
+TEST(HttpAppFrameworkTest, SameSiteAndStrictTransportSecurityCanBeSwitchedOff) {
+  WebTestServer server(
+      [](HttpAppFramework& app) {
+        addCookieRoute(app);
+        app.config().cookieSameSite.clear();
+        app.config().strictTransportSecurity.clear();
+      },
+      true);
+  HttpClient tls("127.0.0.1", server.tlsPort(), true);
+  HttpReply reply = tls.get("/c", {{"Cookie", "SessionID=abc"}});
+  EXPECT_EQ(reply.headersNamed("Set-Cookie"),
+            std::vector<std::string>{"SessionID=abc;Path=/; HttpOnly; Secure"});
+  EXPECT_EQ(reply.header("Strict-Transport-Security"), "");
 }
 
 TEST(HttpAppFrameworkTest, AdvicesRunInOrder) {

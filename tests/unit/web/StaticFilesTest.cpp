@@ -87,10 +87,34 @@ TEST_F(StaticFilesTest, MissingRootServesNothing) {
 
 TEST_F(StaticFilesTest, LoadSetsContentTypeAndBody) {
   HttpResponse response;
-  ASSERT_TRUE(StaticFiles::load((root / "css" / "site.css").string(), response));
-  EXPECT_EQ(response.body(), "body{}");
+  StaticFiles served = files();
+  ASSERT_TRUE(served.load((root / "css" / "site.css").string(), response));
+  EXPECT_EQ(response.bodyView(), "body{}");
   EXPECT_EQ(response.contentType(), CT_TEXT_CSS);
-  EXPECT_FALSE(StaticFiles::load((root / "missing.css").string(), response));
+  EXPECT_FALSE(served.load((root / "missing.css").string(), response));
+}
+
+TEST_F(StaticFilesTest, ResponsesOfOneFileShareOneCopyOfIt) {
+  StaticFiles served = files();
+  HttpResponse first;
+  HttpResponse second;
+  ASSERT_TRUE(served.load((root / "index.html").string(), first));
+  ASSERT_TRUE(served.load((root / "index.html").string(), second));
+  EXPECT_EQ(first.bodyView(), "<html>home</html>");
+  EXPECT_EQ(first.bodyView().data(), second.bodyView().data());
+}
+
+TEST_F(StaticFilesTest, AFileChangedOnDiskIsReadAnew) {
+  StaticFiles served = files();
+  HttpResponse before;
+  ASSERT_TRUE(served.load((root / "index.html").string(), before));
+  // Replaced the way a deployment does it: a new file renamed over the old one.
+  write(root / "new.html", "<html>new</html>");
+  fs::rename(root / "new.html", root / "index.html");
+  HttpResponse after;
+  ASSERT_TRUE(served.load((root / "index.html").string(), after));
+  EXPECT_EQ(before.bodyView(), "<html>home</html>");
+  EXPECT_EQ(after.bodyView(), "<html>new</html>");
 }
 
 }  // namespace

@@ -37,8 +37,15 @@ TEST_F(WebConfigLoaderTest, DefaultsWhereKeysAreAbsent) {
   EXPECT_EQ(config.clientMaxWebSocketMessageSize, 128u * 1024u);
   EXPECT_EQ(config.clientMaxWebSocketSendQueue, 8u * 1024u * 1024u);
   EXPECT_EQ(config.idleConnectionTimeout, 60u);
-  EXPECT_EQ(config.maxConnections, 100000u);
-  EXPECT_EQ(config.maxConnectionsPerIp, 0u);
+  EXPECT_EQ(config.clientMaxDiskBodySize, 16u * 64u * 1024u);
+  EXPECT_EQ(config.clientMaxDiskBodyTotal, 64u * 1024u * 1024u);
+  EXPECT_EQ(config.maxConnections, 0u);
+  EXPECT_EQ(config.maxConnectionsPerIp, 64u);
+  EXPECT_EQ(config.cookieSameSite, "Lax");
+  EXPECT_EQ(config.strictTransportSecurity, "max-age=31536000");
+  EXPECT_EQ(config.contentTypeOptions, "nosniff");
+  EXPECT_EQ(config.contentSecurityPolicy, "frame-ancestors 'self'");
+  EXPECT_EQ(config.referrerPolicy, "same-origin");
   EXPECT_EQ(config.maxHeaderSize, 16u * 1024u);
   EXPECT_TRUE(config.listeners.empty());
   EXPECT_TRUE(config.plugins.empty());
@@ -90,6 +97,32 @@ TEST_F(WebConfigLoaderTest, ReadsEveryKeyAndAllowsComments) {
   EXPECT_EQ(config.plugins[0].name, "Queue");
   EXPECT_EQ(config.plugins[0].config["threads_num"].asInt(), 2);
   EXPECT_TRUE(config.plugins[1].config.isNull());
+}
+
+TEST_F(WebConfigLoaderTest, HardeningKeysAreRead) {
+  WebConfig config = WebConfigLoader::loadFile(file(R"({"app": {
+      "client_max_disk_body_size": "4M", "client_max_disk_body_total": "32M",
+      "cookie_same_site": "Strict", "strict_transport_security": "",
+      "content_type_options": "", "content_security_policy": "frame-ancestors 'none'",
+      "referrer_policy": "no-referrer"}})"));
+  EXPECT_EQ(config.clientMaxDiskBodySize, 4u * 1024u * 1024u);
+  EXPECT_EQ(config.clientMaxDiskBodyTotal, 32u * 1024u * 1024u);
+  EXPECT_EQ(config.cookieSameSite, "Strict");
+  EXPECT_EQ(config.strictTransportSecurity, "");
+  EXPECT_EQ(config.contentTypeOptions, "");
+  EXPECT_EQ(config.contentSecurityPolicy, "frame-ancestors 'none'");
+  EXPECT_EQ(config.referrerPolicy, "no-referrer");
+}
+
+TEST_F(WebConfigLoaderTest, TheDiskBudgetOfOneBodyFollowsTheMemoryLimitUnlessGiven) {
+  WebConfig config =
+      WebConfigLoader::loadFile(file(R"({"app": {"client_max_memory_body_size": "128K"}})"));
+  EXPECT_EQ(config.clientMaxDiskBodySize, 16u * 128u * 1024u);
+}
+
+TEST_F(WebConfigLoaderTest, AnUnknownSameSiteValueIsRefused) {
+  EXPECT_THROW(WebConfigLoader::loadFile(file(R"({"app": {"cookie_same_site": "lax"}})")),
+               std::runtime_error);
 }
 
 TEST_F(WebConfigLoaderTest, MissingFileIsAClearError) {

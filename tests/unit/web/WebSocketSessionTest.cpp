@@ -180,6 +180,21 @@ TEST_P(WebSocketSessionTest, ClientCloseWithAnyCodeIsAnswered1000WithoutReason) 
   EXPECT_TRUE(eventually([this] { return controller->closed == 2; }));
 }
 
+TEST_P(WebSocketSessionTest, ClientCloseWithACodeNoEndpointMaySendIsAnswered1002) {
+  for (const std::uint16_t code : {5000, 65535}) {
+    auto client = connect();
+    ASSERT_TRUE(client->receive(std::chrono::milliseconds(3000)));
+    EXPECT_TRUE(client->close(code, "odd"));
+    EXPECT_EQ(client->closeCode(), 1002) << "client code " << code;
+  }
+  EXPECT_TRUE(eventually([this] { return controller->closed == 2; }));
+  // A protocol error is not a close the controller is told of.
+  std::lock_guard lock(controller->mutex);
+  for (const auto& [type, text] : controller->messages) {
+    EXPECT_NE(type, WebSocketMessageType::Close) << text;
+  }
+}
+
 // The close frame arrives while the stream is busy writing: the answer still waits for that
 // write and is then 1000, not the client's code.
 TEST_P(WebSocketSessionTest, ClientCloseDuringALongWriteIsAnswered1000) {
