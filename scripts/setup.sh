@@ -14,6 +14,7 @@ PACKAGES=(
   clang libclang-rt-14-dev llvm
   curl wrk python3 python3-websocket python3-protobuf python3-yaml python3-jsonschema
   procps util-linux
+  prometheus-cpp-dev prometheus
 )
 
 missing=()

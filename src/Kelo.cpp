@@ -17,6 +17,7 @@
 #include "kelo/WebKeloInterface.h"
 #include "kelo/handlers/certificates/ApplyCertificateListener.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
+#include "kelo/metrics/ServerHealthMetrics.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/BuildIdentifier.h"
 #include "tavelabi/JsonConfigLoader.h"
@@ -107,6 +108,7 @@ void Kelo::loadConfigFile(std::string path) {
   drogonConfigFile = config["drogon-config"].asString();
   bypassCors = config["bypass-cors"].asBool();
   corsOrigin = config["cors-origin"].asString();
+  metricsToken = config["metrics-token"].asString();
 }
 
 void Kelo::configureLogger(uint32_t id, std::string logConfigFile) {
@@ -288,7 +290,8 @@ void Kelo::configureDrogon() {
       .registerBeginningAdvice([this] { onServerBeginning(); })
       .registerHttpResponseCreationAdvice(
           CorsAdvices::responseCreationAdvice(bypassCors, corsOrigin))
-      .registerPreRoutingAdvice(CorsAdvices::preRoutingAdvice);
+      .registerPreRoutingAdvice(CorsAdvices::preRoutingAdvice)
+      .setTrafficObserver(ServerHealthMetrics::instance());
   webServerConfigured = true;
 }
 
@@ -303,6 +306,8 @@ void Kelo::onServerBeginning() {
   }
   keloInterface->tavel = getTavelInterface();
   keloInterface->pluginInfo = this;
+  keloInterface->metricsToken = metricsToken;
+  keloInterface->pluginStatus = [this] { return currentStatus(); };
   listenerManager->setLoggerId(getLoggerId());
   for (const auto& [path, method, description] : application.getHandlersInfo()) {
     KELO_LOG(INFO, getLoggerId()) << "Register " << methodName(method) << " " << path << " "

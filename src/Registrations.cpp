@@ -8,6 +8,7 @@
 #include "kelo/handlers/http/events/EventRoutes.h"
 #include "kelo/handlers/http/generic/GenericRoutes.h"
 #include "kelo/handlers/http/meters/MeterRoutes.h"
+#include "kelo/handlers/http/metrics/MetricsRoutes.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsRoutes.h"
 
@@ -28,6 +29,7 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   AudioRoutes::registerAudioRoutes(application);
   EventRoutes::registerEventRoutes(application);
   WsRoutes::registerWsRoutes(application);
+  MetricsRoutes::registerMetricsRoutes(application);
 }
 
 }  // namespace halvor::kelo

@@ -387,6 +387,16 @@ const std::string& HttpAppFramework::getUploadPath() const {
 
 std::size_t HttpAppFramework::connectionCount() const { return impl_->state->limiter.count(); }
 
+std::size_t HttpAppFramework::webSocketCount() const {
+  return impl_->state->webSockets.load(std::memory_order_relaxed);
+}
+
+HttpAppFramework& HttpAppFramework::setTrafficObserver(std::shared_ptr<TrafficObserver> observer) {
+  impl_->requireNotStarted("setTrafficObserver");
+  impl_->state->trafficObserver = std::move(observer);
+  return *this;
+}
+
 HttpAppFramework& app() {
   // Never destroyed: I/O threads of a detached server thread may outlive static destruction.
   static HttpAppFramework* application = new HttpAppFramework();

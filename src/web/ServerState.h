@@ -39,6 +39,9 @@ class ServerState {
   std::string temporaryDirectory;
   ConnectionLimiter limiter;
   std::atomic<bool> stopping{false};
+  // Counting hooks: told of every response; the open WebSocket connections.
+  std::shared_ptr<TrafficObserver> trafficObserver;
+  std::atomic<std::size_t> webSockets{0};
 };
 
 using ServerStatePtr = std::shared_ptr<ServerState>;

@@ -20,6 +20,7 @@
 #include "kelo/web/HttpTypes.h"
 #include "kelo/web/InetAddress.h"
 #include "kelo/web/Plugin.h"
+#include "kelo/web/TrafficObserver.h"
 #include "kelo/web/WebConfig.h"
 #include "kelo/web/WebSocketControllerBase.h"
 
@@ -149,6 +150,10 @@ class HttpAppFramework {
   const std::string& getUploadPath() const;
   // Open connections (HTTP and WebSocket) right now.
   std::size_t connectionCount() const;
+  // Open WebSocket connections right now (part of connectionCount()).
+  std::size_t webSocketCount() const;
+  // Told of every response (see TrafficObserver); set before run().
+  HttpAppFramework& setTrafficObserver(std::shared_ptr<TrafficObserver> observer);
 
   struct Impl;
 
