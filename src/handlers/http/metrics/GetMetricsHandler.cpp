@@ -7,6 +7,7 @@
 
 #include <array>
 
+#include "kelo/BackgroundTaskQueue.h"
 #include "kelo/KeloHost.h"
 #include "kelo/handlers/http/metrics/MetricsEndpointHelperClass.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
@@ -34,14 +35,34 @@ web::HttpResponsePtr plainAnswer(int status, const std::string& body) {
 
 }  // namespace
 
+// The access check answers at once on the I/O thread; a scrape, which reads the whole meter
+// tree, runs on the background queue, so that the I/O thread goes on writing pushes meanwhile.
 void GetMetricsHandler::handle(const web::HttpRequestPtr& req, web::ResponseCallback&& callback) {
-  callback(respond(req, KeloHost::plugin(), *ServerHealthMetrics::instance(), web::app()));
+  const WebKeloInterface& plugin = KeloHost::plugin();
+  auto* queue = web::app().getPlugin<BackgroundTaskQueue>();
+  if (queue == nullptr || refusal(req, plugin)) {
+    callback(respond(req, plugin, *ServerHealthMetrics::instance(), web::app()));
+    return;
+  }
+  // The task works on a copy: the plug-in's own fields are cleared when the server stops.
+  auto carried = std::make_shared<WebKeloInterface>();
+  carried->tavel = plugin.tavel;
+  carried->pluginInfo = plugin.pluginInfo;
+  carried->metricsToken = plugin.metricsToken;
+  carried->pluginStatus = plugin.pluginStatus;
+  queue->runInBackground([req, callback = std::move(callback), carried] {
+    web::HttpResponsePtr resp;
+    try {
+      resp = respond(req, *carried, *ServerHealthMetrics::instance(), web::app());
+    } catch (const std::exception& error) {
+      resp = plainAnswer(500, std::string(error.what()) + "\n");
+    }
+    callback(resp);
+  });
 }
 
-web::HttpResponsePtr GetMetricsHandler::respond(const web::HttpRequestPtr& req,
-                                                const WebKeloInterface& plugin,
-                                                const ServerHealthMetrics& health,
-                                                web::HttpAppFramework& application) {
+web::HttpResponsePtr GetMetricsHandler::refusal(const web::HttpRequestPtr& req,
+                                                const WebKeloInterface& plugin) {
   if (plugin.metricsToken.empty()) {
     return plainAnswer(404, "Metrics are off: the configuration has no \"metrics-token\".\n");
   }
@@ -50,6 +71,14 @@ web::HttpResponsePtr GetMetricsHandler::respond(const web::HttpRequestPtr& req,
     resp->addHeader("WWW-Authenticate", "Bearer realm=\"metrics\"");
     return resp;
   }
+  return nullptr;
+}
+
+web::HttpResponsePtr GetMetricsHandler::respond(const web::HttpRequestPtr& req,
+                                                const WebKeloInterface& plugin,
+                                                const ServerHealthMetrics& health,
+                                                web::HttpAppFramework& application) {
+  if (web::HttpResponsePtr refused = refusal(req, plugin)) return refused;
   web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
   resp->setStatusCode(200);
   resp->setContentTypeString(kContentType);

@@ -22,8 +22,13 @@ class GetMetricsHandler {
   static constexpr const char* kPath = "/metrics";
   static constexpr const char* kContentType = "text/plain; version=0.0.4; charset=utf-8";
 
-  // The route: answers from the process-wide application and metrics.
+  // The route: answers from the process-wide application and metrics. A refusal is answered on
+  // the I/O thread; a scrape runs on the BackgroundTaskQueue, when there is one.
   static void handle(const web::HttpRequestPtr& req, web::ResponseCallback&& callback);
+
+  // The 404 or 401 that `req` gets, or nullptr when it may scrape.
+  static web::HttpResponsePtr refusal(const web::HttpRequestPtr& req,
+                                      const WebKeloInterface& plugin);
 
   // The answer to `req`: 404 while `plugin` carries no token, 401 (with a WWW-Authenticate
   // challenge) without the right bearer token, otherwise 200 and the exposition. A wrong token
