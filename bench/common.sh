@@ -71,7 +71,8 @@ row() {  # label "rps p50 p99 cpu"
 
 # tavel-sim with libkelo.so from $build on one I/O thread pinned to CPU 0: its configuration and
 # log settings written into $work, the fixture FILE, and the further options of tavel-sim
-# (sessions, --no-demo-models). Sets sim_pid and http_port; the server is stopped at exit.
+# (sessions, --no-demo-models); $sim_config_extra, when set, is appended to the configuration
+# object (", \"metrics-token\": \"t\""). Sets sim_pid and http_port; stopped at exit.
 start_sim_with_plugin() {  # fixture-file [tavel-sim options...]
   local fixture=$1; shift
   mkdir -p "$work/logs" "$work/www"
@@ -86,7 +87,7 @@ start_sim_with_plugin() {  # fixture-file [tavel-sim options...]
   "PX3LocalhostIp": ["127.0.0.1"],
   "server-certificate": "$work/server.crt", "server-private-key": "$work/server.key",
   "https-port": $https_port, "http-port": $http_port,
-  "drogon-config": "$work/web-config.json", "bypass-cors": false, "cors-origin": ""
+  "drogon-config": "$work/web-config.json", "bypass-cors": false, "cors-origin": ""${sim_config_extra:-}
 }
 JSON
   cat > "$work/web-config.json" <<JSON

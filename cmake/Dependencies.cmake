@@ -5,6 +5,8 @@ find_package(Protobuf 3.21 REQUIRED)
 find_package(OpenSSL 3 REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
+# GET /metrics: the core registry and the text serializer only (no pull server).
+find_package(prometheus-cpp REQUIRED)
 
 # easylogging++ ships as a header and one source file; the plug-in compiles the source itself.
 find_path(EASYLOGGINGPP_INCLUDE_DIR easylogging++.h REQUIRED)

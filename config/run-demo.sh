@@ -18,6 +18,12 @@ if [ ! -f certificates/server.crt ] || [ ! -f certificates/server.key ]; then
   chmod 600 certificates/server.key
 fi
 
+# GET /metrics answers only with the bearer token of config/config.json ("metrics-token").
+token=$(sed -n 's/^ *"metrics-token": *"\([^"]*\)".*/\1/p' config/config.json)
+if [ -n "$token" ]; then
+  echo "demo: metrics at http://127.0.0.1:7000/metrics with \"Authorization: Bearer $token\""
+fi
+
 exec "$build/sim/tavel-sim" \
   --plugin "$build/src/libkelo.so" \
   --log-config config/log.conf \

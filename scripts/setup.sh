@@ -15,6 +15,7 @@ PACKAGES=(
   curl wrk python3 python3-websocket python3-protobuf python3-yaml python3-jsonschema
   procps util-linux
   slowhttptest
+  prometheus-cpp-dev prometheus
 )
 
 missing=()

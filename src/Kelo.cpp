@@ -19,6 +19,7 @@
 #include "kelo/handlers/certificates/ApplyCertificateListener.h"
 #include "kelo/handlers/http/session/LoginThrottle.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
+#include "kelo/metrics/ServerHealthMetrics.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/BuildIdentifier.h"
 #include "tavelabi/JsonConfigLoader.h"
@@ -112,6 +113,7 @@ void Kelo::loadConfigFile(std::string path) {
   // Unlike the keys above, an absent key keeps its default: throttling stays on.
   LoginThrottle::shared().setLimit(
       config.get("login-failures-per-minute", LoginThrottle::kDefaultFailuresPerMinute).asUInt());
+  metricsToken = config["metrics-token"].asString();
 }
 
 void Kelo::configureLogger(uint32_t id, std::string logConfigFile) {
@@ -298,7 +300,8 @@ void Kelo::configureDrogon() {
       .registerBeginningAdvice([this] { onServerBeginning(); })
       .registerHttpResponseCreationAdvice(
           CorsAdvices::responseCreationAdvice(bypassCors, corsOrigin))
-      .registerPreRoutingAdvice(CorsAdvices::preRoutingAdvice);
+      .registerPreRoutingAdvice(CorsAdvices::preRoutingAdvice)
+      .setTrafficObserver(ServerHealthMetrics::instance());
   // The one foreign origin that may use the server may open its WebSockets too.
   if (!corsOrigin.empty()) application.config().trustedWebSocketOrigins.push_back(corsOrigin);
   webServerConfigured = true;
@@ -315,6 +318,8 @@ void Kelo::onServerBeginning() {
   }
   keloInterface->tavel = getTavelInterface();
   keloInterface->pluginInfo = this;
+  keloInterface->metricsToken = metricsToken;
+  keloInterface->pluginStatus = [this] { return currentStatus(); };
   listenerManager->setLoggerId(getLoggerId());
   for (const auto& [path, method, description] : application.getHandlersInfo()) {
     KELO_LOG(INFO, getLoggerId()) << "Register " << methodName(method) << " " << path << " "

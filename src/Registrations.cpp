@@ -10,6 +10,7 @@
 #include "kelo/handlers/http/meters/MeterRoutes.h"
 #include "kelo/handlers/http/session/SessionRoutes.h"
 #include "kelo/handlers/http/users/UserRoutes.h"
+#include "kelo/handlers/http/metrics/MetricsRoutes.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsRoutes.h"
 
@@ -32,6 +33,7 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   WsRoutes::registerWsRoutes(application);
   SessionRoutes::registerSessionRoutes(application);
   UserRoutes::registerUserRoutes(application);
+  MetricsRoutes::registerMetricsRoutes(application);
 }
 
 }  // namespace halvor::kelo

@@ -64,7 +64,8 @@ void EmbeddedHost::writeFiles() const {
                 "\"https-port\": " + std::to_string(options_.httpsPort) +
                 ", \"http-port\": " + std::to_string(options_.httpPort) +
                 ", \"drogon-config\": \"" + (dir_ / "web-config.json").string() +
-                "\", \"bypass-cors\": false, \"cors-origin\": \"\"}");
+                "\", \"bypass-cors\": false, \"cors-origin\": \"\", \"metrics-token\": \"" +
+                kMetricsToken + "\"}");
   writeText(dir_ / "web-config.json",
             "{\"app\": {\"number_of_threads\": " + std::to_string(options_.ioThreads) +
                 ", \"document_root\": \"" + (dir_ / "www").string() +

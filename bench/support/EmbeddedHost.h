@@ -17,6 +17,9 @@ namespace halvor::kelo::bench {
 // benchmark itself are registered on web::app() before start().
 class EmbeddedHost {
  public:
+  // The bearer token of GET /metrics in the plug-in's configuration.
+  static constexpr const char* kMetricsToken = "kelo-bench-metrics-token";
+
   struct Options {
     std::string name;  // for the scratch folder and messages
     int ioThreads = 1;

@@ -64,6 +64,7 @@ class Kelo : public tavelabi::BasePlugin {
   const std::string& getCorsOrigin() const { return corsOrigin; }
   const std::string& getUserName() const { return userName; }
   const std::string& getLogDirectory() const { return logDirectory; }
+  const std::string& getMetricsToken() const { return metricsToken; }
 
  private:
   // One failed step of init: record and report the status, log, shut down.
@@ -116,6 +117,8 @@ class Kelo : public tavelabi::BasePlugin {
   std::string statusText = "OK";
   bool bypassCors = false;
   std::string corsOrigin;
+  // "metrics-token": the bearer token of GET /metrics; empty, the metrics are off.
+  std::string metricsToken;
   // shutdown runs on the host's thread and, when the server dies, on the server thread.
   std::mutex listenerMutex;
   std::unique_ptr<ApplyCertificateListener> applyCertificateListener;

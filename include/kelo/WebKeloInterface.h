@@ -1,8 +1,12 @@
 #pragma once
 
+#include <functional>
+#include <string>
+
 #include "kelo/web/Plugin.h"
 #include "tavelabi/IPluginInfo.h"
 #include "tavelabi/ITavel.h"
+#include "tavelabi/PluginStatus.h"
 
 namespace halvor::kelo {
 
@@ -16,6 +20,10 @@ class WebKeloInterface : public web::Plugin<WebKeloInterface> {
 
   tavelabi::ITavel* tavel = nullptr;            // not owned
   tavelabi::IPluginInfo* pluginInfo = nullptr;  // not owned
+  // GET /metrics: the bearer token of the configuration (empty: no metrics) and the plug-in's
+  // status as it reports it to the host.
+  std::string metricsToken;
+  std::function<tavelabi::PluginStatus()> pluginStatus;
 };
 
 }  // namespace halvor::kelo

@@ -398,6 +398,16 @@ std::uint64_t HttpAppFramework::temporaryBodyBytes() const {
   return impl_->state->diskBudget->used();
 }
 
+std::size_t HttpAppFramework::webSocketCount() const {
+  return impl_->state->webSockets.load(std::memory_order_relaxed);
+}
+
+HttpAppFramework& HttpAppFramework::setTrafficObserver(std::shared_ptr<TrafficObserver> observer) {
+  impl_->requireNotStarted("setTrafficObserver");
+  impl_->state->trafficObserver = std::move(observer);
+  return *this;
+}
+
 HttpAppFramework& app() {
   // Never destroyed: I/O threads of a detached server thread may outlive static destruction.
   static HttpAppFramework* application = new HttpAppFramework();

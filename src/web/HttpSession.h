@@ -9,6 +9,7 @@
 #include <boost/beast/http/error.hpp>
 #include <boost/beast/http/read.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -146,6 +147,7 @@ class HttpSession : public TrackedConnection {
   }
 
   void respondAndClose(int status) {
+    beginMeasure();
     keepAlive_ = false;
     ++sequence_;
     awaiting_ = true;
@@ -156,6 +158,7 @@ class HttpSession : public TrackedConnection {
   }
 
   void onRequestComplete() {
+    beginMeasure();
     reading_ = false;
     // Plug-ins may be shutting down: a request read now reaches no handler.
     if (state_->stopping.load()) return respondAndClose(k503ServiceUnavailable);
@@ -207,6 +210,7 @@ class HttpSession : public TrackedConnection {
   }
 
   void invoke(const RouteEntry& entry) {
+    route_ = &entry.pattern;
     if (entry.webSocket) return upgrade(entry);
     try {
       entry.handler(request_, makeCallback());
@@ -272,6 +276,7 @@ class HttpSession : public TrackedConnection {
       return respondLocal(k403Forbidden, "");
     }
     awaiting_ = false;
+    observe(k101SwitchingProtocols);
     derived().upgradeToWebSocket(entry.webSocket, std::move(upgradeRequest), request_);
   }
 
@@ -302,6 +307,7 @@ class HttpSession : public TrackedConnection {
       response = std::make_shared<HttpResponse>();
       response->setStatusCode(k500InternalServerError);
     }
+    observe(response->statusCode());
     try {
       state_->applyCreationAdvices(response);
     } catch (...) {
@@ -360,6 +366,18 @@ class HttpSession : public TrackedConnection {
     doRead();
   }
 
+  // Counting hooks, for the application's TrafficObserver: the clock starts when a request is
+  // complete, and the route is the one that took it, if any.
+  void beginMeasure() {
+    route_ = &kNoRoute;
+    if (state_->trafficObserver) requestComplete_ = std::chrono::steady_clock::now();
+  }
+  void observe(int status) {
+    if (!state_->trafficObserver) return;
+    state_->trafficObserver->onResponse(*route_, request_->method(), status,
+                                        std::chrono::steady_clock::now() - requestComplete_);
+  }
+
   // The request object is reused unless a handler still holds it.
   void prepareRequest() {
     if (request_ && request_.use_count() == 1) {
@@ -400,6 +418,9 @@ class HttpSession : public TrackedConnection {
   std::string head_;
   Pending pending_;
   std::string cookieAttributes_;
+  static inline const std::string kNoRoute;
+  const std::string* route_ = &kNoRoute;
+  std::chrono::steady_clock::time_point requestComplete_;
   std::uint64_t sequence_ = 0;
   std::uint64_t lastActivity_ = 0;
   bool awaiting_ = false;

@@ -41,6 +41,9 @@ class ServerState {
   ConnectionLimiter limiter;
   std::shared_ptr<DiskBudget> diskBudget = std::make_shared<DiskBudget>();
   std::atomic<bool> stopping{false};
+  // Counting hooks: told of every response; the open WebSocket connections.
+  std::shared_ptr<TrafficObserver> trafficObserver;
+  std::atomic<std::size_t> webSockets{0};
 };
 
 using ServerStatePtr = std::shared_ptr<ServerState>;

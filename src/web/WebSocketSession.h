@@ -45,7 +45,10 @@ class WebSocketSession : public WebSocketConnection,
         local_(std::move(local)),
         controller_(std::move(controller)),
         ws_(std::move(next)),
-        closeTimer_(io_->context()) {}
+        closeTimer_(io_->context()) {
+    state_->webSockets.fetch_add(1, std::memory_order_relaxed);
+  }
+  ~WebSocketSession() override { state_->webSockets.fetch_sub(1, std::memory_order_relaxed); }
 
   // On the I/O thread.
   void start(UpgradeRequest upgrade, HttpRequestPtr request) {

@@ -100,6 +100,7 @@ void KeloTestServer::writeFiles() {
   config["drogon-config"] = webConfigFile();
   config["bypass-cors"] = options.bypassCors;
   config["cors-origin"] = options.corsOrigin;
+  config["metrics-token"] = options.metricsToken;
   writeText(configFile(), jsonText(config));
 
   Json::Value web;

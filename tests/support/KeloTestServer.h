@@ -24,6 +24,8 @@ struct KeloTestServerOptions {
   std::vector<std::string> localhostIps = {"127.0.0.1"};
   bool bypassCors = false;
   std::string corsOrigin;
+  // "metrics-token" of the configuration; empty, GET /metrics is off.
+  std::string metricsToken;
   unsigned ioThreads = 2;
   unsigned backgroundThreads = 2;
   // With port 0 the web layer binds any free port (see httpPort()); otherwise the fixture picks

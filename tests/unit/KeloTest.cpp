@@ -118,7 +118,8 @@ TEST(KeloConfigurationTest, EveryKeyIsRead) {
   writeFile(path, R"({"UserName": "u", "Password": "p", "LogDirectory": "/tmp/l",
     "PX3LocalhostIp": ["10.0.0.1", "10.0.0.2"], "server-certificate": "file://c.crt",
     "server-private-key": "k.key", "https-port": 8443, "http-port": 8080,
-    "drogon-config": "w.json", "bypass-cors": true, "cors-origin": "http://x"})");
+    "drogon-config": "w.json", "bypass-cors": true, "cors-origin": "http://x",
+    "metrics-token": "tok"})");
   kelo.loadConfigFile(path);
   EXPECT_EQ(kelo.getUserName(), "u");
   EXPECT_EQ(kelo.getLogDirectory(), "/tmp/l");
@@ -130,6 +131,7 @@ TEST(KeloConfigurationTest, EveryKeyIsRead) {
   EXPECT_EQ(kelo.getDrogonConfigFile(), "w.json");
   EXPECT_TRUE(kelo.getBypassCors());
   EXPECT_EQ(kelo.getCorsOrigin(), "http://x");
+  EXPECT_EQ(kelo.getMetricsToken(), "tok");
 }
 
 TEST(KeloConfigurationTest, MissingKeysOverwriteTheDefaultsWithNull) {
@@ -143,6 +145,8 @@ TEST(KeloConfigurationTest, MissingKeysOverwriteTheDefaultsWithNull) {
   EXPECT_EQ(kelo.getCertificatePath(), "");
   EXPECT_EQ(kelo.getPrivateKeyPath(), "");
   EXPECT_EQ(kelo.getDrogonConfigFile(), "");
+  // No token: the metrics are off.
+  EXPECT_EQ(kelo.getMetricsToken(), "");
 }
 
 TEST(KeloConfigurationTest, AValueOfARefusedTypeThrows) {

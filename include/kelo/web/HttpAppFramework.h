@@ -20,6 +20,7 @@
 #include "kelo/web/HttpTypes.h"
 #include "kelo/web/InetAddress.h"
 #include "kelo/web/Plugin.h"
+#include "kelo/web/TrafficObserver.h"
 #include "kelo/web/WebConfig.h"
 #include "kelo/web/WebSocketControllerBase.h"
 
@@ -151,6 +152,10 @@ class HttpAppFramework {
   std::size_t connectionCount() const;
   // Bytes that request bodies hold in temporary files right now.
   std::uint64_t temporaryBodyBytes() const;
+  // Open WebSocket connections right now (part of connectionCount()).
+  std::size_t webSocketCount() const;
+  // Told of every response (see TrafficObserver); set before run().
+  HttpAppFramework& setTrafficObserver(std::shared_ptr<TrafficObserver> observer);
 
   struct Impl;
 

@@ -9,6 +9,7 @@
 #include "kelo/HostPaths.h"
 #include "kelo/KeloHost.h"
 #include "kelo/KeloLog.h"
+#include "kelo/metrics/ServerHealthMetrics.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/ITavel.h"
 
@@ -49,6 +50,7 @@ void WsListenerInstance::processResourceListener(const tavelabi::TimePoint& /*no
     if (connectivities.count(ip) == 0) {
       KELO_LOG(ERROR, loggerId) << "Unable to push " << action.path << " to client " << ip
                                 << " - network connection issue";
+      ServerHealthMetrics::instance()->pushSkipped();
     } else if (sharedGenerator(client) != nullptr) {
       sendShared(client, action, renderings);
     } else {
@@ -95,6 +97,7 @@ void WsListenerInstance::sendShared(const ClientConnection& client,
     }
     if (client.connection->connected()) {
       client.connection->sendShared(rendering.message, web::WebSocketMessageType::Binary);
+      ServerHealthMetrics::instance()->pushSent();
     }
   } catch (...) {
     KELO_LOG(ERROR, loggerId) << "Unable to push " << action.path << " to client "
@@ -111,6 +114,7 @@ void WsListenerInstance::sendWebsocket(const ClientConnection& client,
     client.generator(client.request, action.resource, client.sessionId, message, action.path);
     if (client.connection->connected()) {
       client.connection->send(message, web::WebSocketMessageType::Binary);
+      ServerHealthMetrics::instance()->pushSent();
     }
   } catch (...) {
     // The client stays subscribed and the next one is served.

@@ -71,6 +71,8 @@ class Sim:
     def __init__(self, sim, plugin, repo, work, io_threads=2):
         self.sim, self.plugin, self.repo, self.work = sim, plugin, repo, work
         self.io_threads = io_threads
+        # Further keys of the plug-in's configuration file ({"metrics-token": ...}).
+        self.config_extra = {}
         self.http_port = free_port()
         self.https_port = free_port()
         while self.https_port == self.http_port:
@@ -109,6 +111,7 @@ class Sim:
                   "https-port": self.https_port, "http-port": self.http_port,
                   "drogon-config": self.path("web-config.json"),
                   "bypass-cors": False, "cors-origin": ""}
+        config.update(self.config_extra)
         for name, content in (("web-config.json", web), ("config.json", config)):
             with open(self.path(name), "w") as out:
                 json.dump(content, out)
