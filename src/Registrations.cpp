@@ -7,6 +7,7 @@
 #include "kelo/handlers/http/devices/DeviceRoutes.h"
 #include "kelo/handlers/http/events/EventRoutes.h"
 #include "kelo/handlers/http/generic/GenericRoutes.h"
+#include "kelo/handlers/http/graphics/GraphicsRoutes.h"
 #include "kelo/handlers/http/meters/MeterRoutes.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsRoutes.h"
@@ -27,6 +28,7 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   MeterRoutes::registerMeterRoutes(application);
   AudioRoutes::registerAudioRoutes(application);
   EventRoutes::registerEventRoutes(application);
+  GraphicsRoutes::registerGraphicsRoutes(application);
   WsRoutes::registerWsRoutes(application);
 }
 

@@ -1,0 +1,18 @@
+#include "kelo/handlers/http/graphics/GetConstellationHandler.h"
+
+#include "kelo/handlers/http/graphics/ConstellationHelperClass.h"
+#include "kelo/handlers/toolkit/HandlerToolkit.h"
+
+namespace halvor::kelo {
+
+void GetConstellationHandler::processHttpRequest(const web::HttpRequestPtr& req,
+                                                 web::HttpResponsePtr& resp,
+                                                 tavelabi::ITavel* tavel,
+                                                 tavelabi::IPluginInfo* info,
+                                                 std::string sessionId) {
+  protobuf::Constellation result;
+  ConstellationHelperClass::getConstellation(req, tavel, info, sessionId, result, false);
+  JsonReplies::reply(resp, result);
+}
+
+}  // namespace halvor::kelo

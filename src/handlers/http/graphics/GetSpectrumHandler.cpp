@@ -1,0 +1,16 @@
+#include "kelo/handlers/http/graphics/GetSpectrumHandler.h"
+
+#include "kelo/handlers/http/graphics/SpectrumHelperClass.h"
+#include "kelo/handlers/toolkit/HandlerToolkit.h"
+
+namespace halvor::kelo {
+
+void GetSpectrumHandler::processHttpRequest(const web::HttpRequestPtr& req,
+                                            web::HttpResponsePtr& resp, tavelabi::ITavel* tavel,
+                                            tavelabi::IPluginInfo* info, std::string sessionId) {
+  protobuf::Spectrum result;
+  SpectrumHelperClass::getSpectrum(req, tavel, info, sessionId, result, false);
+  JsonReplies::reply(resp, result);
+}
+
+}  // namespace halvor::kelo

@@ -1,0 +1,20 @@
+#include "kelo/handlers/ws/WsGetConstellation.h"
+
+#include "kelo/KeloHost.h"
+#include "kelo/handlers/http/graphics/ConstellationHelperClass.h"
+#include "kelo/handlers/ws/WsMessages.h"
+
+namespace halvor::kelo {
+
+void WsGetConstellation::messageGenerator(const web::HttpRequestPtr& req,
+                                          tavelabi::Resource& /*resource*/, std::string sessionId,
+                                          std::string& message, const std::string& path) {
+  WsMessages::checkSession(req, sessionId, path);
+  WebKeloInterface& plugin = KeloHost::plugin();
+  protobuf::Constellation result;
+  ConstellationHelperClass::getConstellation(req, plugin.tavel, plugin.pluginInfo, sessionId,
+                                             result, kBypassActivity);
+  WsMessages::serialize(result, message);
+}
+
+}  // namespace halvor::kelo
