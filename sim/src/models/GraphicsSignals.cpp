@@ -83,7 +83,8 @@ ResourceValue GraphicsSignals::spectrumFrequency(int points) {
   ByteBlockWriter block;
   const double start = (kCenterFrequencyMHz - kFrequencySpanMHz / 2) * 1e6;
   const double step = kFrequencySpanMHz * 1e6 / std::max(1, points - 1);
-  for (int i = 0; i < points; ++i) block.putSigned32(static_cast<std::int32_t>(start + i * step));
+  for (int i = 0; i < points; ++i)
+    block.putSigned32(static_cast<std::int32_t>(std::lround(start + i * step)));
   return block.value();
 }
 
@@ -112,7 +113,8 @@ ResourceValue GraphicsSignals::maskAmplitude() {
 ResourceValue GraphicsSignals::maskFrequency() {
   ByteBlockWriter block;
   for (const MaskCorner& corner : kMask) {
-    block.putSigned32(static_cast<std::int32_t>(kCenterFrequencyMHz * 1e6 + corner.offsetHz));
+    block.putSigned32(
+        static_cast<std::int32_t>(std::lround(kCenterFrequencyMHz * 1e6 + corner.offsetHz)));
   }
   return block.value();
 }
