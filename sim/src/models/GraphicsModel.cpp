@@ -39,17 +39,25 @@ Resource valueAndHeader(const ResourceValue& value, const ResourceValue& header)
 
 void GraphicsModel::applyFixture(const Json::Value& section) {
   if (!section.isObject()) throw std::invalid_argument("graphics: the section must be an object");
-  std::lock_guard lock(mutex_);
-  if (section.isMember("updateIntervalMs")) {
-    settings_.interval = std::chrono::milliseconds(positiveInt(section, "updateIntervalMs", 60000));
+  bool resized = false;
+  {
+    std::lock_guard lock(mutex_);
+    if (section.isMember("updateIntervalMs")) {
+      settings_.interval =
+          std::chrono::milliseconds(positiveInt(section, "updateIntervalMs", 60000));
+    }
+    if (section.isMember("moving")) {
+      if (!section["moving"].isBool())
+        throw std::invalid_argument("graphics.moving: true or false");
+      settings_.moving = section["moving"].asBool();
+    }
+    if (section.isMember("spectrumPoints")) {
+      settings_.spectrumPoints = positiveInt(section, "spectrumPoints", kMaxSpectrumPoints);
+      resized = seeded_;
+    }
   }
-  if (section.isMember("moving")) {
-    if (!section["moving"].isBool()) throw std::invalid_argument("graphics.moving: true or false");
-    settings_.moving = section["moving"].asBool();
-  }
-  if (section.isMember("spectrumPoints")) {
-    settings_.spectrumPoints = positiveInt(section, "spectrumPoints", kMaxSpectrumPoints);
-  }
+  // A fixture that comes after seed() gets its trace length at once, moving or not.
+  if (resized) measureSpectrum(0.0, settings().spectrumPoints, false);
 }
 
 GraphicsModel::Settings GraphicsModel::settings() const {
@@ -60,6 +68,8 @@ GraphicsModel::Settings GraphicsModel::settings() const {
 void GraphicsModel::seed() {
   const Settings now = settings();
   measure(0.0, now.spectrumPoints, true);
+  std::lock_guard lock(mutex_);
+  seeded_ = true;
 }
 
 void GraphicsModel::tick(const tavelabi::TimePoint& now) {
@@ -76,7 +86,7 @@ void GraphicsModel::tick(const tavelabi::TimePoint& now) {
   measure(seconds, current.spectrumPoints, false);
 }
 
-void GraphicsModel::measure(double seconds, int spectrumPoints, bool create) {
+void GraphicsModel::measureSpectrum(double seconds, int spectrumPoints, bool create) {
   using S = GraphicsSignals;
   const int points = spectrumPoints > 0 ? spectrumPoints : S::kDefaultSpectrumPoints;
   // The spectrum's frequency and mask channels first, its amplitude channel last.
@@ -86,6 +96,11 @@ void GraphicsModel::measure(double seconds, int spectrumPoints, bool create) {
   Resource amplitude = create ? S::spectrumScale() : Resource();
   amplitude.values["value"] = S::spectrumAmplitude(seconds, points, random_);
   write("exSpectrumAmplitude", amplitude, create);
+}
+
+void GraphicsModel::measure(double seconds, int spectrumPoints, bool create) {
+  using S = GraphicsSignals;
+  measureSpectrum(seconds, spectrumPoints, create);
 
   write("exConstellationData", valueOnly(S::constellation(seconds, random_)), create);
   write("exConstellationGroupData", valueOnly(S::subCarrierGroups(seconds, random_)), create);

@@ -211,3 +211,23 @@ TEST(GraphicsModelFixtureTest, AChannelSeededByAFixtureIsKept) {
 
 }  // namespace
 }  // namespace halvor::sim
+
+namespace halvor::sim {
+namespace {
+
+TEST(GraphicsModelFixtureTest, AFixtureAfterTheSeedingWritesTheSpectrumAgainAtOnce) {
+  SimTavel host(HostWithUsers::quietOptions());
+  ModelRegistry::install(host, {makeGraphics});
+  Json::Value section;
+  section["spectrumPoints"] = 4096;
+  section["moving"] = false;
+  host.applyFixture(sectionFixture(section));
+  const Resource amplitude = *host.peek(pathOf("exSpectrumAmplitude"));
+  EXPECT_EQ(amplitude.values.at("value").getByteArraySize(), 2u * 4096);
+  EXPECT_EQ(host.peek(pathOf("exSpectrumFrequency"))->values.at("value").getByteArraySize(),
+            4u * 4096);
+  EXPECT_EQ(amplitude.values.count("centerFrequency"), 1u);
+}
+
+}  // namespace
+}  // namespace halvor::sim

@@ -21,7 +21,8 @@ namespace halvor::sim {
 // Fixture section "graphics", every key optional:
 //   "updateIntervalMs": a positive whole number, the time between two measurements (100);
 //   "moving": false stops the measurements, so that a test knows every block;
-//   "spectrumPoints": a positive whole number up to 65536, the trace's points (1024).
+//   "spectrumPoints": a positive whole number up to 65536, the trace's points (1024); a fixture
+//                     applied after the seeding writes the spectrum again at once.
 class GraphicsModel : public Model {
  public:
   static constexpr const char* kPathPrefix = "/system/graphics/";
@@ -46,10 +47,13 @@ class GraphicsModel : public Model {
   Settings settings() const;
   // The channels' blocks at `seconds`, each as the resource keys that an update writes.
   void measure(double seconds, int spectrumPoints, bool create);
+  // The spectrum's four channels alone, the amplitude last.
+  void measureSpectrum(double seconds, int spectrumPoints, bool create);
   void write(const std::string& channel, const tavelabi::Resource& keys, bool create);
 
   mutable std::mutex mutex_;
   Settings settings_;
+  bool seeded_ = false;
   // Used by seed() and tick() alone, which the host never runs at the same time.
   std::mt19937 random_{20261123};
   std::optional<tavelabi::TimePoint> start_;
