@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "halvor/protobuf/Graphics.pb.h"
+
 namespace halvor::kelo {
 
 // Prints any message as JSON, character for character as JsonOptions::print() prints it with
@@ -46,6 +48,9 @@ class MessageJsonWriter {
   // took the message (and the result is its result).
   static bool writeWithOwnPrinter(const google::protobuf::Message& message, int depth,
                                   std::string& out, bool& written);
+  // The list of a repeated Point member of a generated message, else nullptr.
+  static const google::protobuf::RepeatedPtrField<protobuf::Point>* pointsOf(
+      const google::protobuf::Message& message, const Field& field);
   static bool isWrapper(const google::protobuf::Descriptor& descriptor);
   static bool isOtherWellKnownType(const google::protobuf::Descriptor& descriptor);
 };
