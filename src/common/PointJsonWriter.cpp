@@ -15,10 +15,14 @@ bool hasUnknownFields(const Generated& message) {
   return !reflection->GetUnknownFields(message).empty();
 }
 
+// About the length of a point's text, so that a long list is not copied as its text grows.
+constexpr std::size_t kPointText = 32;
+
 }  // namespace
 
 bool PointJsonWriter::tryPrint(const google::protobuf::RepeatedPtrField<protobuf::Point>& points,
                                int depth, std::string& out) {
+  out.reserve(out.size() + static_cast<std::size_t>(points.size()) * kPointText);
   out += '[';
   bool first = true;
   for (const protobuf::Point& point : points) {

@@ -1,6 +1,7 @@
 #include "kelo/handlers/ws/WsGetLissajous.h"
 
 #include "kelo/KeloHost.h"
+#include "kelo/handlers/http/graphics/GraphicsArena.h"
 #include "kelo/handlers/http/graphics/LissajousHelperClass.h"
 #include "kelo/handlers/ws/WsMessages.h"
 
@@ -11,7 +12,8 @@ void WsGetLissajous::messageGenerator(const web::HttpRequestPtr& req,
                                       std::string& message, const std::string& path) {
   WsMessages::checkSession(req, sessionId, path);
   WebKeloInterface& plugin = KeloHost::plugin();
-  protobuf::Lissajous result;
+  GraphicsArena arena;
+  protobuf::Lissajous& result = arena.make<protobuf::Lissajous>();
   LissajousHelperClass::getLissajous(req, plugin.tavel, plugin.pluginInfo, sessionId, result,
                                      kBypassActivity);
   WsMessages::serialize(result, message);

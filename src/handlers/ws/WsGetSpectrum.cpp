@@ -1,6 +1,7 @@
 #include "kelo/handlers/ws/WsGetSpectrum.h"
 
 #include "kelo/KeloHost.h"
+#include "kelo/handlers/http/graphics/GraphicsArena.h"
 #include "kelo/handlers/http/graphics/SpectrumHelperClass.h"
 #include "kelo/handlers/ws/WsMessages.h"
 
@@ -11,7 +12,8 @@ void WsGetSpectrum::messageGenerator(const web::HttpRequestPtr& req,
                                      std::string& message, const std::string& path) {
   WsMessages::checkSession(req, sessionId, path);
   WebKeloInterface& plugin = KeloHost::plugin();
-  protobuf::Spectrum result;
+  GraphicsArena arena;
+  protobuf::Spectrum& result = arena.make<protobuf::Spectrum>();
   SpectrumHelperClass::getSpectrum(req, plugin.tavel, plugin.pluginInfo, sessionId, result,
                                    kBypassActivity);
   WsMessages::serialize(result, message);

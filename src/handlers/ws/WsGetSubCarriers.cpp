@@ -2,6 +2,7 @@
 
 #include "kelo/KeloHost.h"
 #include "kelo/handlers/http/graphics/ConstellationHelperClass.h"
+#include "kelo/handlers/http/graphics/GraphicsArena.h"
 #include "kelo/handlers/ws/WsMessages.h"
 
 namespace halvor::kelo {
@@ -11,7 +12,8 @@ void WsGetSubCarriers::messageGenerator(const web::HttpRequestPtr& req,
                                         std::string& message, const std::string& path) {
   WsMessages::checkSession(req, sessionId, path);
   WebKeloInterface& plugin = KeloHost::plugin();
-  protobuf::SubCarrierGroupList result;
+  GraphicsArena arena;
+  protobuf::SubCarrierGroupList& result = arena.make<protobuf::SubCarrierGroupList>();
   ConstellationHelperClass::getSubCarriers(req, plugin.tavel, plugin.pluginInfo, sessionId, result,
                                            kBypassActivity);
   WsMessages::serialize(result, message);

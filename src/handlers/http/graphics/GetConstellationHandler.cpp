@@ -1,6 +1,7 @@
 #include "kelo/handlers/http/graphics/GetConstellationHandler.h"
 
 #include "kelo/handlers/http/graphics/ConstellationHelperClass.h"
+#include "kelo/handlers/http/graphics/GraphicsArena.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
 
 namespace halvor::kelo {
@@ -10,7 +11,8 @@ void GetConstellationHandler::processHttpRequest(const web::HttpRequestPtr& req,
                                                  tavelabi::ITavel* tavel,
                                                  tavelabi::IPluginInfo* info,
                                                  std::string sessionId) {
-  protobuf::Constellation result;
+  GraphicsArena arena;
+  protobuf::Constellation& result = arena.make<protobuf::Constellation>();
   ConstellationHelperClass::getConstellation(req, tavel, info, sessionId, result, false);
   JsonReplies::reply(resp, result);
 }

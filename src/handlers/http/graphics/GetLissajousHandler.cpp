@@ -1,5 +1,6 @@
 #include "kelo/handlers/http/graphics/GetLissajousHandler.h"
 
+#include "kelo/handlers/http/graphics/GraphicsArena.h"
 #include "kelo/handlers/http/graphics/LissajousHelperClass.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
 
@@ -8,7 +9,8 @@ namespace halvor::kelo {
 void GetLissajousHandler::processHttpRequest(const web::HttpRequestPtr& req,
                                              web::HttpResponsePtr& resp, tavelabi::ITavel* tavel,
                                              tavelabi::IPluginInfo* info, std::string sessionId) {
-  protobuf::Lissajous result;
+  GraphicsArena arena;
+  protobuf::Lissajous& result = arena.make<protobuf::Lissajous>();
   LissajousHelperClass::getLissajous(req, tavel, info, sessionId, result, false);
   JsonReplies::reply(resp, result);
 }
