@@ -16,6 +16,7 @@
 #include "kelo/handlers/http/graphics/AudioModVectorsHelperClass.h"
 #include "kelo/handlers/http/graphics/ConstellationHelperClass.h"
 #include "kelo/handlers/http/graphics/EqFrequencyResponseHelperClass.h"
+#include "kelo/handlers/http/graphics/GraphicsDecoders.h"
 #include "kelo/handlers/http/graphics/PowerDistributionHelperClass.h"
 #include "kelo/handlers/http/graphics/SpectrumHelperClass.h"
 
@@ -59,7 +60,7 @@ void SpectrumNarrow(benchmark::State& state) {
   const Bytes frequency = randomBlock(entries(state) * 4);
   for (auto _ : state) {
     protobuf::Spectrum spectrum;
-    SpectrumHelperClass::appendTrace(amplitude, frequency, *spectrum.mutable_spectrumpoints());
+    GraphicsDecoders::appendTrace(amplitude, frequency, *spectrum.mutable_spectrumpoints());
     benchmark::DoNotOptimize(spectrum);
   }
   report(state, amplitude.size() + frequency.size());
@@ -71,7 +72,7 @@ void SpectrumWide(benchmark::State& state) {
   const Bytes frequency = randomBlock(entries(state) * 4);
   for (auto _ : state) {
     protobuf::Spectrum spectrum;
-    SpectrumHelperClass::appendTrace(amplitude, frequency, *spectrum.mutable_spectrumpoints());
+    GraphicsDecoders::appendTrace(amplitude, frequency, *spectrum.mutable_spectrumpoints());
     benchmark::DoNotOptimize(spectrum);
   }
   report(state, amplitude.size() + frequency.size());
@@ -81,7 +82,7 @@ void Constellation(benchmark::State& state) {
   const Bytes block = randomBlock(entries(state) * 8);
   for (auto _ : state) {
     protobuf::Constellation constellation;
-    ConstellationHelperClass::appendFixedPointPairs(block, *constellation.mutable_points());
+    GraphicsDecoders::appendFixedPointPairs(block, *constellation.mutable_points());
     benchmark::DoNotOptimize(constellation);
   }
   report(state, block.size());
@@ -91,7 +92,7 @@ void SubCarriers(benchmark::State& state) {
   const Bytes block = randomBlock(entries(state) * 16);
   for (auto _ : state) {
     protobuf::SubCarrierGroupList groups;
-    ConstellationHelperClass::appendSubCarrierGroups(block, *groups.mutable_groups());
+    GraphicsDecoders::appendSubCarrierGroups(block, *groups.mutable_groups());
     benchmark::DoNotOptimize(groups);
   }
   report(state, block.size());
@@ -99,19 +100,19 @@ void SubCarriers(benchmark::State& state) {
 
 void PowerDistribution(benchmark::State& state) {
   const Bytes block = randomBlock(entries(state) * 4);
-  for (auto _ : state) benchmark::DoNotOptimize(PowerDistributionHelperClass::decode(block));
+  for (auto _ : state) benchmark::DoNotOptimize(GraphicsDecoders::powerDistribution(block));
   report(state, block.size());
 }
 
 void AmAmCorrection(benchmark::State& state) {
   const Bytes block = randomBlock(entries(state) * 4);
-  for (auto _ : state) benchmark::DoNotOptimize(AmAmCorrectionHelperClass::decode(block));
+  for (auto _ : state) benchmark::DoNotOptimize(GraphicsDecoders::amAmCorrection(block));
   report(state, block.size());
 }
 
 void AmPmCorrection(benchmark::State& state) {
   const Bytes block = randomBlock(entries(state) * 4);
-  for (auto _ : state) benchmark::DoNotOptimize(AmPmCorrectionHelperClass::decode(block));
+  for (auto _ : state) benchmark::DoNotOptimize(GraphicsDecoders::amPmCorrection(block));
   report(state, block.size());
 }
 
@@ -119,7 +120,7 @@ void EqResponses(benchmark::State& state) {
   const Bytes block = randomBlock(entries(state) * 2);
   for (auto _ : state) {
     protobuf::EqFrequencyResponse response;
-    EqFrequencyResponseHelperClass::appendResponses(block, *response.mutable_responses());
+    GraphicsDecoders::appendEqResponses(block, *response.mutable_responses());
     benchmark::DoNotOptimize(response);
   }
   report(state, block.size());
@@ -129,7 +130,7 @@ void EqFrequencies(benchmark::State& state) {
   const Bytes block = randomBlock(entries(state) * 4);
   for (auto _ : state) {
     protobuf::EqFrequencyResponse response;
-    EqFrequencyResponseHelperClass::appendFrequencies(block, *response.mutable_frequencies());
+    GraphicsDecoders::appendEqFrequencies(block, *response.mutable_frequencies());
     benchmark::DoNotOptimize(response);
   }
   report(state, block.size());
@@ -140,7 +141,7 @@ void AudioModVectors(benchmark::State& state) {
   const Bytes header = randomBlock(16);
   const Bytes record = randomBlock(70);
   for (auto _ : state) {
-    benchmark::DoNotOptimize(AudioModVectorsHelperClass::decode(header, record));
+    benchmark::DoNotOptimize(GraphicsDecoders::audioModVectors(header, record));
   }
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * 86));
 }

@@ -27,15 +27,6 @@ class EqFrequencyResponseHelperClass {
       const web::HttpRequestPtr& request, tavelabi::ITavel* tavel,
       tavelabi::IPluginInfo* pluginInfo, std::string sessionId,
       bool byPassSessionActivityTimerUpdate);
-
-  // Entries of 2 bytes, each a signed 16-bit word in hundredths.
-  static void appendResponses(
-      const std::vector<std::uint8_t>& block,
-      google::protobuf::RepeatedPtrField<google::protobuf::DoubleValue>& responses);
-  // Entries of 4 bytes, each a signed 32-bit word, not scaled.
-  static void appendFrequencies(
-      const std::vector<std::uint8_t>& block,
-      google::protobuf::RepeatedPtrField<google::protobuf::Int32Value>& frequencies);
 };
 
 }  // namespace halvor::kelo

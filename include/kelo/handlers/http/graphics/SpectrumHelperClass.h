@@ -24,15 +24,6 @@ class SpectrumHelperClass {
   static void getSpectrum(const web::HttpRequestPtr& request, tavelabi::ITavel* tavel,
                           tavelabi::IPluginInfo* pluginInfo, std::string sessionId,
                           protobuf::Spectrum& result, bool byPassSessionActivityTimerUpdate);
-
-  // One trace's two parallel blocks as points, appended to `points`. The form follows from the
-  // two lengths: a frequency block of twice the amplitude block (give or take its last byte)
-  // holds 4-byte words beside 2-byte amplitudes; blocks of equal length hold 4-byte words on
-  // both sides, of which the amplitude keeps its low 16 bits; any other pair makes no points.
-  // Both numbers are signed and not scaled.
-  static void appendTrace(const std::vector<std::uint8_t>& amplitude,
-                          const std::vector<std::uint8_t>& frequency,
-                          google::protobuf::RepeatedPtrField<protobuf::Point>& points);
 };
 
 }  // namespace halvor::kelo

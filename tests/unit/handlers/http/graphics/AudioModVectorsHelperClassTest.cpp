@@ -4,6 +4,7 @@
 
 #include "kelo/handlers/http/graphics/AudioModVectorsHelperClass.h"
 #include "kelo/handlers/http/graphics/GetAudioModVectorsHandler.h"
+#include "kelo/handlers/http/graphics/GraphicsDecoders.h"
 #include "support/HandlerTest.h"
 #include "unit/handlers/http/graphics/GraphicsBlocks.h"
 
@@ -50,7 +51,7 @@ TEST(AudioVectorTest, AVectorPastTheBlocksEndThrows) {
 }
 
 TEST(AudioModVectorsDecodeTest, HeaderBytesGiveSourcesAndInputTypes) {
-  const auto vectors = AudioModVectorsHelperClass::decode(header(1, 0, 3, 1), Bytes(70, 0));
+  const auto vectors = GraphicsDecoders::audioModVectors(header(1, 0, 3, 1), Bytes(70, 0));
   EXPECT_EQ(vectors->audiosourcemode1(), protobuf::AUDIO_SOURCE_ANALOG_AES);
   EXPECT_EQ(vectors->audioinputtype1(), protobuf::AudioEnums::AUDIO_INPUT_TYPE_ANALOG);
   EXPECT_EQ(vectors->audiosourcemode2(), protobuf::AUDIO_SOURCE_DIGITAL_AES);
@@ -58,7 +59,7 @@ TEST(AudioModVectorsDecodeTest, HeaderBytesGiveSourcesAndInputTypes) {
 }
 
 TEST(AudioModVectorsDecodeTest, TheNineRecordsAtTheirOffsets) {
-  const auto v = AudioModVectorsHelperClass::decode(header(0, 0, 0, 0), countingRecord());
+  const auto v = GraphicsDecoders::audioModVectors(header(0, 0, 0, 0), countingRecord());
   // Words 1-3 at 0, 4-6 at 6, 7-11 at 12, 12-16 at 22, 17-19 at 32, 20-22 at 38, 23-27 at 44,
   // 28-32 at 54, 33-35 at 64.
   EXPECT_EQ(v->audiovector1().value1().value(), 0.01);
@@ -75,9 +76,9 @@ TEST(AudioModVectorsDecodeTest, TheNineRecordsAtTheirOffsets) {
 }
 
 TEST(AudioModVectorsDecodeTest, ShortBlocksThrowBeforeAnyRead) {
-  EXPECT_THROW(AudioModVectorsHelperClass::decode(Bytes(15, 0), Bytes(70, 0)), std::out_of_range);
-  EXPECT_THROW(AudioModVectorsHelperClass::decode(Bytes(16, 0), Bytes(69, 0)), std::out_of_range);
-  EXPECT_NO_THROW(AudioModVectorsHelperClass::decode(Bytes(16, 0), Bytes(70, 0)));
+  EXPECT_THROW(GraphicsDecoders::audioModVectors(Bytes(15, 0), Bytes(70, 0)), std::out_of_range);
+  EXPECT_THROW(GraphicsDecoders::audioModVectors(Bytes(16, 0), Bytes(69, 0)), std::out_of_range);
+  EXPECT_NO_THROW(GraphicsDecoders::audioModVectors(Bytes(16, 0), Bytes(70, 0)));
 }
 
 class GetAudioModVectorsTest : public HandlerTest<GetAudioModVectorsHandler> {};

@@ -6,6 +6,7 @@
 #include "kelo/handlers/http/graphics/ConstellationHelperClass.h"
 #include "kelo/handlers/http/graphics/GetConstellationHandler.h"
 #include "kelo/handlers/http/graphics/GetSubCarriersHandler.h"
+#include "kelo/handlers/http/graphics/GraphicsDecoders.h"
 #include "support/HandlerTest.h"
 #include "unit/handlers/http/graphics/GraphicsBlocks.h"
 
@@ -17,7 +18,7 @@ using Groups = google::protobuf::RepeatedPtrField<protobuf::SubCarrierGroup>;
 
 Points pairs(const Bytes& block) {
   Points points;
-  ConstellationHelperClass::appendFixedPointPairs(block, points);
+  GraphicsDecoders::appendFixedPointPairs(block, points);
   return points;
 }
 
@@ -29,7 +30,7 @@ TEST(ConstellationDecodeTest, WordsHave24FractionBitsXFirst) {
 }
 
 TEST(ConstellationDecodeTest, TheScaleIsTwoToTheMinus24) {
-  EXPECT_EQ(ConstellationHelperClass::kFixedPoint24, 5.960464477539063e-08);
+  EXPECT_EQ(GraphicsDecoders::kFixedPoint24, 5.960464477539063e-08);
   const Points points = pairs(words32({1, 0x7FFFFFFF}));
   EXPECT_EQ(points[0].x().value(), 5.960464477539063e-08);
   EXPECT_EQ(points[0].y().value(), 2147483647.0 * 5.960464477539063e-08);
@@ -41,7 +42,7 @@ TEST(ConstellationDecodeTest, ACutOffEntryThrowsAfterTheWholeOnes) {
   Points points;
   Bytes block = words32({0, 16777216U});
   block.insert(block.end(), {1, 2, 3, 4, 5});
-  EXPECT_THROW(ConstellationHelperClass::appendFixedPointPairs(block, points), std::out_of_range);
+  EXPECT_THROW(GraphicsDecoders::appendFixedPointPairs(block, points), std::out_of_range);
   ASSERT_EQ(points.size(), 1);
   EXPECT_EQ(points[0].y().value(), 1.0);
 }
@@ -61,7 +62,7 @@ TEST(SubCarrierDecodeTest, AnEntryIsScaledInFloatArithmetic) {
   const Bytes second = groupEntry(1, 16777217, 1, -3);
   block.insert(block.end(), second.begin(), second.end());
   Groups groups;
-  ConstellationHelperClass::appendSubCarrierGroups(block, groups);
+  GraphicsDecoders::appendSubCarrierGroups(block, groups);
   ASSERT_EQ(groups.size(), 2);
   EXPECT_EQ(groups[0].groupindex().value(), 7);
   EXPECT_EQ(groups[0].groupvalue().value(), -2050.0F / 100.0F);
@@ -75,8 +76,7 @@ TEST(SubCarrierDecodeTest, AnEntryIsScaledInFloatArithmetic) {
 
 TEST(SubCarrierDecodeTest, ACutOffEntryThrows) {
   Groups groups;
-  EXPECT_THROW(ConstellationHelperClass::appendSubCarrierGroups(Bytes(15, 0), groups),
-               std::out_of_range);
+  EXPECT_THROW(GraphicsDecoders::appendSubCarrierGroups(Bytes(15, 0), groups), std::out_of_range);
   EXPECT_EQ(groups.size(), 0);
 }
 

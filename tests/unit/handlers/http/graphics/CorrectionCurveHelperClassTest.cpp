@@ -6,6 +6,7 @@
 #include "kelo/handlers/http/graphics/AmPmCorrectionHelperClass.h"
 #include "kelo/handlers/http/graphics/GetAmAmCorrectionHandler.h"
 #include "kelo/handlers/http/graphics/GetAmPmCorrectionHandler.h"
+#include "kelo/handlers/http/graphics/GraphicsDecoders.h"
 #include "support/HandlerTest.h"
 #include "unit/handlers/http/graphics/GraphicsBlocks.h"
 
@@ -13,34 +14,34 @@ namespace halvor::kelo::test {
 namespace {
 
 TEST(AmAmCorrectionDecodeTest, AWordOfTwoToThe27IsOne) {
-  const auto result = AmAmCorrectionHelperClass::decode(words32({134217728U}));
+  const auto result = GraphicsDecoders::amAmCorrection(words32({134217728U}));
   ASSERT_EQ(result->points_size(), 1);
   EXPECT_EQ(result->points(0).y().value(), 1.0);
   EXPECT_EQ(result->points(0).x().value(), 0.0);
 }
 
 TEST(AmAmCorrectionDecodeTest, XCountsTheEntriesFromZero) {
-  const auto result = AmAmCorrectionHelperClass::decode(words32({0, 0, 268435456U}));
+  const auto result = GraphicsDecoders::amAmCorrection(words32({0, 0, 268435456U}));
   ASSERT_EQ(result->points_size(), 3);
   EXPECT_EQ(result->points(2).x().value(), 2.0);
   EXPECT_EQ(result->points(2).y().value(), 2.0);
 }
 
 TEST(AmAmCorrectionDecodeTest, WordsAreUnsigned) {
-  const auto result = AmAmCorrectionHelperClass::decode(words32({4294967295U}));
+  const auto result = GraphicsDecoders::amAmCorrection(words32({4294967295U}));
   EXPECT_EQ(result->points(0).y().value(), 4294967295.0 * 7.450580596923828e-09);
 }
 
 TEST(AmAmCorrectionDecodeTest, AnEmptyBlockMakesNoPoints) {
-  EXPECT_EQ(AmAmCorrectionHelperClass::decode({})->points_size(), 0);
+  EXPECT_EQ(GraphicsDecoders::amAmCorrection({})->points_size(), 0);
 }
 
 TEST(AmAmCorrectionDecodeTest, ACutOffWordThrows) {
-  EXPECT_THROW(AmAmCorrectionHelperClass::decode(Bytes(6, 0)), std::out_of_range);
+  EXPECT_THROW(GraphicsDecoders::amAmCorrection(Bytes(6, 0)), std::out_of_range);
 }
 
 TEST(AmPmCorrectionDecodeTest, AWordOfTwoToThe31IsHalfACircle) {
-  const auto result = AmPmCorrectionHelperClass::decode(words32({2147483648U, 0, 4294967295U}));
+  const auto result = GraphicsDecoders::amPmCorrection(words32({2147483648U, 0, 4294967295U}));
   ASSERT_EQ(result->points_size(), 3);
   EXPECT_EQ(result->points(0).y().value(), 180.0);
   EXPECT_EQ(result->points(1).y().value(), 0.0);

@@ -4,6 +4,7 @@
 
 #include "kelo/handlers/http/graphics/EqFrequencyResponseHelperClass.h"
 #include "kelo/handlers/http/graphics/GetEqFrequencyResponseHandler.h"
+#include "kelo/handlers/http/graphics/GraphicsDecoders.h"
 #include "support/HandlerTest.h"
 #include "unit/handlers/http/graphics/GraphicsBlocks.h"
 
@@ -12,8 +13,8 @@ namespace {
 
 TEST(EqResponsesDecodeTest, ASignedWordOfMinus250IsMinus2Point5) {
   google::protobuf::RepeatedPtrField<google::protobuf::DoubleValue> responses;
-  EqFrequencyResponseHelperClass::appendResponses(
-      words16({static_cast<std::uint16_t>(-250), 65535, 12345}), responses);
+  GraphicsDecoders::appendEqResponses(words16({static_cast<std::uint16_t>(-250), 65535, 12345}),
+                                      responses);
   ASSERT_EQ(responses.size(), 3);
   EXPECT_EQ(responses[0].value(), -2.5);
   EXPECT_EQ(responses[1].value(), -0.01);
@@ -22,7 +23,7 @@ TEST(EqResponsesDecodeTest, ASignedWordOfMinus250IsMinus2Point5) {
 
 TEST(EqFrequenciesDecodeTest, SignedWordsNotScaled) {
   google::protobuf::RepeatedPtrField<google::protobuf::Int32Value> frequencies;
-  EqFrequencyResponseHelperClass::appendFrequencies(words32({4294967295U, 20000}), frequencies);
+  GraphicsDecoders::appendEqFrequencies(words32({4294967295U, 20000}), frequencies);
   ASSERT_EQ(frequencies.size(), 2);
   EXPECT_EQ(frequencies[0].value(), -1);
   EXPECT_EQ(frequencies[1].value(), 20000);
@@ -30,8 +31,7 @@ TEST(EqFrequenciesDecodeTest, SignedWordsNotScaled) {
 
 TEST(EqFrequenciesDecodeTest, ACutOffWordThrows) {
   google::protobuf::RepeatedPtrField<google::protobuf::Int32Value> frequencies;
-  EXPECT_THROW(EqFrequencyResponseHelperClass::appendFrequencies(Bytes(3, 0), frequencies),
-               std::out_of_range);
+  EXPECT_THROW(GraphicsDecoders::appendEqFrequencies(Bytes(3, 0), frequencies), std::out_of_range);
 }
 
 class GetEqFrequencyResponseTest : public HandlerTest<GetEqFrequencyResponseHandler> {

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "kelo/handlers/http/graphics/GetLissajousHandler.h"
+#include "kelo/handlers/http/graphics/GraphicsDecoders.h"
 #include "kelo/handlers/http/graphics/LissajousHelperClass.h"
 #include "support/HandlerTest.h"
 #include "unit/handlers/http/graphics/GraphicsBlocks.h"
@@ -23,7 +24,7 @@ Bytes headerWith(std::size_t length, std::uint16_t word) {
 
 protobuf::Lissajous decodedHeader(const Bytes& header) {
   protobuf::Lissajous result;
-  LissajousHelperClass::readHeader(header, result);
+  GraphicsDecoders::readLissajousHeader(header, result);
   return result;
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "kelo/handlers/http/graphics/GetPowerDistributionHandler.h"
+#include "kelo/handlers/http/graphics/GraphicsDecoders.h"
 #include "kelo/handlers/http/graphics/PowerDistributionHelperClass.h"
 #include "support/HandlerTest.h"
 #include "unit/handlers/http/graphics/GraphicsBlocks.h"
@@ -10,22 +11,22 @@ namespace {
 
 TEST(PowerDistributionDecodeTest, XInHundredthsAndYSigned) {
   const auto result =
-      PowerDistributionHelperClass::decode(words16({12345, static_cast<std::uint16_t>(-5)}));
+      GraphicsDecoders::powerDistribution(words16({12345, static_cast<std::uint16_t>(-5)}));
   ASSERT_EQ(result->points_size(), 1);
   EXPECT_EQ(result->points(0).x().value(), 123.45);
   EXPECT_EQ(result->points(0).y().value(), -5.0);
 }
 
 TEST(PowerDistributionDecodeTest, OnlyWholeEntriesMakeACurve) {
-  EXPECT_EQ(PowerDistributionHelperClass::decode(Bytes(6, 1))->points_size(), 0);
-  EXPECT_EQ(PowerDistributionHelperClass::decode(Bytes(8, 1))->points_size(), 2);
-  EXPECT_EQ(PowerDistributionHelperClass::decode(Bytes(9, 1))->points_size(), 0);
-  EXPECT_EQ(PowerDistributionHelperClass::decode(Bytes(1, 1))->points_size(), 0);
-  EXPECT_EQ(PowerDistributionHelperClass::decode({})->points_size(), 0);
+  EXPECT_EQ(GraphicsDecoders::powerDistribution(Bytes(6, 1))->points_size(), 0);
+  EXPECT_EQ(GraphicsDecoders::powerDistribution(Bytes(8, 1))->points_size(), 2);
+  EXPECT_EQ(GraphicsDecoders::powerDistribution(Bytes(9, 1))->points_size(), 0);
+  EXPECT_EQ(GraphicsDecoders::powerDistribution(Bytes(1, 1))->points_size(), 0);
+  EXPECT_EQ(GraphicsDecoders::powerDistribution({})->points_size(), 0);
 }
 
 TEST(PowerDistributionDecodeTest, XIsUnsigned) {
-  const auto result = PowerDistributionHelperClass::decode(words16({65535, 32767}));
+  const auto result = GraphicsDecoders::powerDistribution(words16({65535, 32767}));
   EXPECT_EQ(result->points(0).x().value(), 655.35);
   EXPECT_EQ(result->points(0).y().value(), 32767.0);
 }

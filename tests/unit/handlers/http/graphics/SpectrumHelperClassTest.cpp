@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kelo/handlers/http/graphics/GetSpectrumHandler.h"
+#include "kelo/handlers/http/graphics/GraphicsDecoders.h"
 #include "kelo/handlers/http/graphics/SpectrumHelperClass.h"
 #include "support/HandlerTest.h"
 #include "support/RecordingHost.h"
@@ -35,7 +36,7 @@ std::vector<XY> pairsOf(const Points& points) {
 
 std::vector<XY> traceOf(const Bytes& amplitude, const Bytes& frequency) {
   Points points;
-  SpectrumHelperClass::appendTrace(amplitude, frequency, points);
+  GraphicsDecoders::appendTrace(amplitude, frequency, points);
   return pairsOf(points);
 }
 
@@ -92,13 +93,12 @@ TEST(SpectrumTraceTest, AFrequencyWordOfTwoToThe31OrMoreComesOutNegative) {
 TEST(SpectrumTraceTest, AnAmplitudeEntryCutOffByTheBlockEndThrowsAfterTheWholeEntries) {
   // 3 amplitude bytes beside 6 frequency bytes are the narrow form: one whole entry, then half.
   Points points;
-  EXPECT_THROW(SpectrumHelperClass::appendTrace(Bytes{1, 0, 9}, Bytes{5, 0, 0, 0, 0, 0}, points),
+  EXPECT_THROW(GraphicsDecoders::appendTrace(Bytes{1, 0, 9}, Bytes{5, 0, 0, 0, 0, 0}, points),
                std::out_of_range);
   EXPECT_EQ(pairsOf(points), (std::vector<XY>{{5, 1}}));
   // Equal lengths of 6: one 4-byte entry, then 2 bytes that cannot be a word.
   points.Clear();
-  EXPECT_THROW(SpectrumHelperClass::appendTrace(Bytes(6, 0), Bytes(6, 0), points),
-               std::out_of_range);
+  EXPECT_THROW(GraphicsDecoders::appendTrace(Bytes(6, 0), Bytes(6, 0), points), std::out_of_range);
   EXPECT_EQ(points.size(), 1);
 }
 
