@@ -85,8 +85,10 @@ bool MessageJsonWriter::writeMember(const Message& message, const Field& field, 
   if (!field.is_repeated()) {
     return writeValue(message, field, -1, depth, out);
   }
-  if (const auto* points = pointsOf(message, field)) {
-    return PointJsonWriter::tryPrint(*points, depth + 1, out);
+  if (isPointList(message, field)) {
+    return PointJsonWriter::tryPrint(
+        message.GetReflection()->GetRepeatedFieldRef<protobuf::Point>(message, &field), depth + 1,
+        out);
   }
   out += '[';
   const int size = message.GetReflection()->FieldSize(message, &field);
@@ -263,21 +265,17 @@ bool MessageJsonWriter::writeWithOwnPrinter(const Message& message, int depth, s
   return true;
 }
 
-// The graphs hold thousands of points each: a list of them goes to PointJsonWriter when the
-// message is a generated one (a dynamic message of the same type has no such list).
-const google::protobuf::RepeatedPtrField<protobuf::Point>* MessageJsonWriter::pointsOf(
-    const Message& message, const Field& field) {
+// The graphs hold thousands of points each: a list of them goes to PointJsonWriter when its
+// elements are generated messages (a dynamic message of the same type holds other objects).
+bool MessageJsonWriter::isPointList(const Message& message, const Field& field) {
   static const Descriptor* const kPoint = protobuf::Point::descriptor();
   if (field.message_type() != kPoint) {
-    return nullptr;
+    return false;
   }
   const Reflection& reflection = *message.GetReflection();
-  if (reflection.FieldSize(message, &field) == 0 ||
-      dynamic_cast<const protobuf::Point*>(&reflection.GetRepeatedMessage(message, &field, 0)) ==
-          nullptr) {
-    return nullptr;
-  }
-  return &reflection.GetRepeatedPtrField<protobuf::Point>(message, &field);
+  return reflection.FieldSize(message, &field) > 0 &&
+         dynamic_cast<const protobuf::Point*>(&reflection.GetRepeatedMessage(message, &field, 0)) !=
+             nullptr;
 }
 
 // Every message of protobuf's wrappers file is a wrapper of one value.

@@ -20,7 +20,7 @@ constexpr std::size_t kPointText = 32;
 
 }  // namespace
 
-bool PointJsonWriter::tryPrint(const google::protobuf::RepeatedPtrField<protobuf::Point>& points,
+bool PointJsonWriter::tryPrint(const google::protobuf::RepeatedFieldRef<protobuf::Point>& points,
                                int depth, std::string& out) {
   out.reserve(out.size() + static_cast<std::size_t>(points.size()) * kPointText);
   out += '[';

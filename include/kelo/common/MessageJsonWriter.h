@@ -48,9 +48,8 @@ class MessageJsonWriter {
   // took the message (and the result is its result).
   static bool writeWithOwnPrinter(const google::protobuf::Message& message, int depth,
                                   std::string& out, bool& written);
-  // The list of a repeated Point member of a generated message, else nullptr.
-  static const google::protobuf::RepeatedPtrField<protobuf::Point>* pointsOf(
-      const google::protobuf::Message& message, const Field& field);
+  // Whether the member is a list of generated Point messages.
+  static bool isPointList(const google::protobuf::Message& message, const Field& field);
   static bool isWrapper(const google::protobuf::Descriptor& descriptor);
   static bool isOtherWellKnownType(const google::protobuf::Descriptor& descriptor);
 };

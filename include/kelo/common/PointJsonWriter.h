@@ -1,6 +1,6 @@
 #pragma once
 
-#include <google/protobuf/repeated_ptr_field.h>
+#include <google/protobuf/reflection.h>
 
 #include <string>
 
@@ -18,7 +18,7 @@ class PointJsonWriter {
   PointJsonWriter() = delete;
 
   // The list as a JSON array. `depth` is the nesting of the points themselves.
-  static bool tryPrint(const google::protobuf::RepeatedPtrField<protobuf::Point>& points, int depth,
+  static bool tryPrint(const google::protobuf::RepeatedFieldRef<protobuf::Point>& points, int depth,
                        std::string& out);
   static bool tryPrint(const protobuf::Point& point, int depth, std::string& out);
 };

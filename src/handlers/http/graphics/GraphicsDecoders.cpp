@@ -193,7 +193,9 @@ void GraphicsDecoders::appendEqResponses(
   qvector::ByteVectorReader reader(block);
   responses.Reserve(responses.size() + static_cast<int>(block.size() / 2));
   while (reader.remainingBytes() >= 1) {
-    responses.Add()->set_value(reader.readSint16() / 100.0);
+    // Read before the element is added, so that a cut-off entry adds none.
+    const double response = reader.readSint16() / 100.0;
+    responses.Add()->set_value(response);
   }
 }
 
@@ -203,7 +205,8 @@ void GraphicsDecoders::appendEqFrequencies(
   qvector::ByteVectorReader reader(block);
   frequencies.Reserve(frequencies.size() + static_cast<int>(block.size() / 4));
   while (reader.remainingBytes() >= 1) {
-    frequencies.Add()->set_value(reader.readSint32());
+    const std::int32_t frequency = reader.readSint32();
+    frequencies.Add()->set_value(frequency);
   }
 }
 

@@ -66,3 +66,18 @@ TEST_F(GetEqFrequencyResponseTest, EmptyBlocksAreAnEmptyMessage) {
 
 }  // namespace
 }  // namespace halvor::kelo::test
+
+namespace halvor::kelo::test {
+namespace {
+
+TEST(EqFrequenciesDecodeTest, ACutOffWordAddsNoElement) {
+  google::protobuf::RepeatedPtrField<google::protobuf::Int32Value> frequencies;
+  EXPECT_THROW(GraphicsDecoders::appendEqFrequencies(Bytes(6, 0), frequencies), std::out_of_range);
+  EXPECT_EQ(frequencies.size(), 1);
+  google::protobuf::RepeatedPtrField<google::protobuf::DoubleValue> responses;
+  EXPECT_THROW(GraphicsDecoders::appendEqResponses(Bytes(5, 0), responses), std::out_of_range);
+  EXPECT_EQ(responses.size(), 2);
+}
+
+}  // namespace
+}  // namespace halvor::kelo::test
