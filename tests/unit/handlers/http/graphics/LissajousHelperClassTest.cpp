@@ -80,3 +80,16 @@ TEST_F(GetLissajousTest, ACutOffPointThrows) {
 
 }  // namespace
 }  // namespace halvor::kelo::test
+
+namespace halvor::kelo::test {
+namespace {
+
+TEST_F(GetLissajousTest, AnEmptyValueBlockIsAnEmptySuccess) {
+  answer({}, {});
+  const web::HttpResponsePtr resp = get();
+  EXPECT_EQ(resp->statusCode(), web::k200OK);
+  EXPECT_EQ(resp->body(), "{}");
+}
+
+}  // namespace
+}  // namespace halvor::kelo::test
