@@ -7,6 +7,7 @@
 #include "kelo/handlers/http/devices/DeviceRoutes.h"
 #include "kelo/handlers/http/events/EventRoutes.h"
 #include "kelo/handlers/http/generic/GenericRoutes.h"
+#include "kelo/handlers/http/graphics/GraphicsRoutes.h"
 #include "kelo/handlers/http/meters/MeterRoutes.h"
 #include "kelo/handlers/http/session/SessionRoutes.h"
 #include "kelo/handlers/http/users/UserRoutes.h"
@@ -30,6 +31,7 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   MeterRoutes::registerMeterRoutes(application);
   AudioRoutes::registerAudioRoutes(application);
   EventRoutes::registerEventRoutes(application);
+  GraphicsRoutes::registerGraphicsRoutes(application);
   WsRoutes::registerWsRoutes(application);
   SessionRoutes::registerSessionRoutes(application);
   UserRoutes::registerUserRoutes(application);

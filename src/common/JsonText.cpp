@@ -105,6 +105,17 @@ bool JsonText::appendDouble(double value, std::string& out) {
   if (!std::isfinite(value)) {
     return false;
   }
+  // A whole number below 10^15 in size prints as its digits under "%.15g" (no exponent, no
+  // fraction), and they read back exactly: the common case of the graphs, written directly.
+  // Negative zero keeps its sign as protobuf prints it, so it takes the general way.
+  if (std::abs(value) < 1e15 && value == std::trunc(value) &&
+      !(value == 0 && std::signbit(value))) {
+    char buffer[24];
+    const auto printed =
+        std::to_chars(buffer, buffer + sizeof(buffer), static_cast<long long>(value));
+    out.append(buffer, printed.ptr);
+    return true;
+  }
   appendShortest(value, DBL_DIG, DBL_DIG + 2, false, out);
   return true;
 }

@@ -8,6 +8,7 @@
 #include "halvor/protobuf/Resource.pb.h"
 #include "kelo/common/JsonText.h"
 #include "kelo/common/MeterJsonWriter.h"
+#include "kelo/common/PointJsonWriter.h"
 #include "kelo/common/ResourceDepth.h"
 #include "kelo/common/ResourceJsonWriter.h"
 
@@ -83,6 +84,11 @@ bool MessageJsonWriter::writeMember(const Message& message, const Field& field, 
   }
   if (!field.is_repeated()) {
     return writeValue(message, field, -1, depth, out);
+  }
+  if (isPointList(message, field)) {
+    return PointJsonWriter::tryPrint(
+        message.GetReflection()->GetRepeatedFieldRef<protobuf::Point>(message, &field), depth + 1,
+        out);
   }
   out += '[';
   const int size = message.GetReflection()->FieldSize(message, &field);
@@ -257,6 +263,19 @@ bool MessageJsonWriter::writeWithOwnPrinter(const Message& message, int depth, s
   }
   written = false;
   return true;
+}
+
+// The graphs hold thousands of points each: a list of them goes to PointJsonWriter when its
+// elements are generated messages (a dynamic message of the same type holds other objects).
+bool MessageJsonWriter::isPointList(const Message& message, const Field& field) {
+  static const Descriptor* const kPoint = protobuf::Point::descriptor();
+  if (field.message_type() != kPoint) {
+    return false;
+  }
+  const Reflection& reflection = *message.GetReflection();
+  return reflection.FieldSize(message, &field) > 0 &&
+         dynamic_cast<const protobuf::Point*>(&reflection.GetRepeatedMessage(message, &field, 0)) !=
+             nullptr;
 }
 
 // Every message of protobuf's wrappers file is a wrapper of one value.

@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "halvor/protobuf/Graphics.pb.h"
+
 namespace halvor::kelo {
 
 // Prints any message as JSON, character for character as JsonOptions::print() prints it with
@@ -46,6 +48,8 @@ class MessageJsonWriter {
   // took the message (and the result is its result).
   static bool writeWithOwnPrinter(const google::protobuf::Message& message, int depth,
                                   std::string& out, bool& written);
+  // Whether the member is a list of generated Point messages.
+  static bool isPointList(const google::protobuf::Message& message, const Field& field);
   static bool isWrapper(const google::protobuf::Descriptor& descriptor);
   static bool isOtherWellKnownType(const google::protobuf::Descriptor& descriptor);
 };

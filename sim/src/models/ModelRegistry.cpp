@@ -6,6 +6,7 @@
 #include "sim/models/DemoModel.h"
 #include "sim/models/DeviceModel.h"
 #include "sim/models/EventLogModel.h"
+#include "sim/models/GraphicsModel.h"
 #include "sim/models/MeterModel.h"
 
 namespace halvor::sim {
@@ -21,8 +22,8 @@ std::unique_ptr<Model> make() {
 
 const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
   static const std::vector<Factory> table{
-      make<DemoModel>,  make<DeviceModel>,     make<AlarmModel>,
-      make<MeterModel>, make<AudioInputModel>, make<EventLogModel>,
+      make<DemoModel>,       make<DeviceModel>,   make<AlarmModel>,    make<MeterModel>,
+      make<AudioInputModel>, make<EventLogModel>, make<GraphicsModel>,
   };
   return table;
 }

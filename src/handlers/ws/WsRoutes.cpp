@@ -2,14 +2,27 @@
 
 #include "kelo/controllers/FamilyRoutes.h"
 #include "kelo/handlers/ws/WsActiveAlarms.h"
+#include "kelo/handlers/ws/WsAmAmCorrection.h"
+#include "kelo/handlers/ws/WsAmPmCorrection.h"
+#include "kelo/handlers/ws/WsAudioModVectors.h"
+#include "kelo/handlers/ws/WsEqFrequencyResponse.h"
+#include "kelo/handlers/ws/WsGetConstellation.h"
+#include "kelo/handlers/ws/WsGetLissajous.h"
+#include "kelo/handlers/ws/WsGetSpectrum.h"
+#include "kelo/handlers/ws/WsGetSubCarriers.h"
 #include "kelo/handlers/ws/WsHeartbeat.h"
 #include "kelo/handlers/ws/WsMeterGroup.h"
+#include "kelo/handlers/ws/WsPowerDistribution.h"
 #include "kelo/handlers/ws/WsResource.h"
 
 namespace halvor::kelo {
 
 void WsRoutes::registerWsRoutes(web::HttpAppFramework& application) {
   FamilyRoutes::add<WsHeartbeat, WsResource, WsActiveAlarms, WsMeterGroup>(application);
+  // The signal graphics.
+  FamilyRoutes::add<WsGetSpectrum, WsGetConstellation, WsGetSubCarriers, WsGetLissajous,
+                    WsPowerDistribution, WsAmAmCorrection, WsAmPmCorrection, WsEqFrequencyResponse,
+                    WsAudioModVectors>(application);
 }
 
 }  // namespace halvor::kelo

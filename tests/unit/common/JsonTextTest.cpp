@@ -85,3 +85,38 @@ TEST(JsonTextTest, NumbersAreTheShortestTextThatReadsBack) {
 
 }  // namespace
 }  // namespace halvor::kelo
+
+namespace halvor::kelo {
+namespace {
+
+// Whole numbers take a shorter way; it must give protobuf's text on both sides of its bounds.
+TEST(JsonTextWholeNumbersTest, WholeDoublesPrintAsProtobufPrintsThem) {
+  const double values[] = {0.0,
+                           -0.0,
+                           1.0,
+                           -1.0,
+                           -80.0,
+                           97900000.0,
+                           -2147483648.0,
+                           4294967295.0,
+                           1e14,
+                           999999999999999.0,
+                           -999999999999999.0,
+                           1e15,
+                           -1e15,
+                           1e16,
+                           123456789012345678.0,
+                           0.5,
+                           -0.01,
+                           1e-300};
+  for (double value : values) {
+    google::protobuf::DoubleValue wrapper;
+    wrapper.set_value(value);
+    std::string out;
+    ASSERT_TRUE(JsonText::appendDouble(value, out));
+    EXPECT_EQ(out, JsonOptions::protobufJson(wrapper)) << value;
+  }
+}
+
+}  // namespace
+}  // namespace halvor::kelo

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "halvor/protobuf/Graphics.pb.h"
+#include "kelo/web/HttpRequest.h"
+#include "tavelabi/IPluginInfo.h"
+#include "tavelabi/ITavel.h"
+
+namespace halvor::kelo {
+
+// The AM-to-AM correction curve, from the "exAmAmAmplitude" channel.
+class AmAmCorrectionHelperClass {
+ public:
+  AmAmCorrectionHelperClass() = delete;
+
+  static std::shared_ptr<protobuf::AmAmCorrection> getAmAmCorrection(
+      const web::HttpRequestPtr& request, tavelabi::ITavel* tavel,
+      tavelabi::IPluginInfo* pluginInfo, std::string sessionId,
+      bool byPassSessionActivityTimerUpdate);
+};
+
+}  // namespace halvor::kelo

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <google/protobuf/repeated_ptr_field.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "halvor/protobuf/Graphics.pb.h"
+#include "kelo/web/HttpRequest.h"
+#include "tavelabi/IPluginInfo.h"
+#include "tavelabi/ITavel.h"
+
+namespace halvor::kelo {
+
+// The signal constellation and its list of sub-carrier groups.
+class ConstellationHelperClass {
+ public:
+  ConstellationHelperClass() = delete;
+
+  // "exConstellationData" read once and decoded into `result`.
+  static void getConstellation(const web::HttpRequestPtr& request, tavelabi::ITavel* tavel,
+                               tavelabi::IPluginInfo* pluginInfo, std::string sessionId,
+                               protobuf::Constellation& result,
+                               bool byPassSessionActivityTimerUpdate);
+  // "exConstellationGroupData" read once and decoded into `result`.
+  static void getSubCarriers(const web::HttpRequestPtr& request, tavelabi::ITavel* tavel,
+                             tavelabi::IPluginInfo* pluginInfo, std::string sessionId,
+                             protobuf::SubCarrierGroupList& result,
+                             bool byPassSessionActivityTimerUpdate);
+};
+
+}  // namespace halvor::kelo

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "halvor/protobuf/Graphics.pb.h"
+#include "kelo/web/HttpRequest.h"
+#include "tavelabi/IPluginInfo.h"
+#include "tavelabi/ITavel.h"
+
+namespace halvor::kelo {
+
+// The power distribution curve, read from the "exWaterfallData" channel.
+class PowerDistributionHelperClass {
+ public:
+  PowerDistributionHelperClass() = delete;
+
+  static std::shared_ptr<protobuf::PowerDistribution> getPowerDistribution(
+      const web::HttpRequestPtr& request, tavelabi::ITavel* tavel,
+      tavelabi::IPluginInfo* pluginInfo, std::string sessionId,
+      bool byPassSessionActivityTimerUpdate);
+};
+
+}  // namespace halvor::kelo

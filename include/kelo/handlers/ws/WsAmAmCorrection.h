@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "kelo/controllers/KeloWsEndpoint.h"
+
+namespace halvor::kelo {
+
+// "/ws/graphics/amamcorrection": the AM-to-AM correction curve as a binary message, first as it is,
+// then again at every change of the channel "exAmAmAmplitude". Its reads of the channels do not
+// count as user activity, so that a graph left open does not keep a session alive.
+class WsAmAmCorrection : public KeloWsEndpoint<WsAmAmCorrection> {
+ public:
+  static constexpr const char* kPath = "/ws/graphics/amamcorrection";
+  static constexpr const char* kPattern = "/system/graphics/exAmAmAmplitude";
+  // The value of "byPassSessionActivityTimerUpdate" on the reads of the channels.
+  static constexpr bool kBypassActivity = true;
+
+  // Checks the session with a read of `path` that is not activity, then reads the channels
+  // afresh: the pushed resource is not used.
+  static void messageGenerator(const web::HttpRequestPtr& req, tavelabi::Resource& resource,
+                               std::string sessionId, std::string& message,
+                               const std::string& path);
+};
+
+}  // namespace halvor::kelo

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "kelo/controllers/KeloWsEndpoint.h"
+
+namespace halvor::kelo {
+
+// "/ws/graphics/eqFrequencyResponse": the equaliser's frequency response as a binary message, first
+// as it is, then again at every change of the channel "exLmsFilterFreqDomain". Its reads of the
+// channels do not count as user activity, so that a graph left open does not keep a session alive.
+// A change of the frequencies' channel alone pushes nothing.
+class WsEqFrequencyResponse : public KeloWsEndpoint<WsEqFrequencyResponse> {
+ public:
+  static constexpr const char* kPath = "/ws/graphics/eqFrequencyResponse";
+  static constexpr const char* kPattern = "/system/graphics/exLmsFilterFreqDomain";
+  // The value of "byPassSessionActivityTimerUpdate" on the reads of the channels.
+  static constexpr bool kBypassActivity = true;
+
+  // Checks the session with a read of `path` that is not activity, then reads the channels
+  // afresh: the pushed resource is not used.
+  static void messageGenerator(const web::HttpRequestPtr& req, tavelabi::Resource& resource,
+                               std::string sessionId, std::string& message,
+                               const std::string& path);
+};
+
+}  // namespace halvor::kelo

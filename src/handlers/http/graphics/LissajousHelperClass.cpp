@@ -1,0 +1,20 @@
+#include "kelo/handlers/http/graphics/LissajousHelperClass.h"
+
+#include "kelo/handlers/http/graphics/GraphicsChannelHelpers.h"
+#include "kelo/handlers/http/graphics/GraphicsDecoders.h"
+
+namespace halvor::kelo {
+
+void LissajousHelperClass::getLissajous(const web::HttpRequestPtr& request, tavelabi::ITavel* tavel,
+                                        tavelabi::IPluginInfo* pluginInfo, std::string sessionId,
+                                        protobuf::Lissajous& result,
+                                        bool byPassSessionActivityTimerUpdate) {
+  const tavelabi::Resource answer = GraphicsChannelHelpers::readChannel(
+      request, tavel, pluginInfo, sessionId, "exLissajousData", byPassSessionActivityTimerUpdate);
+  GraphicsDecoders::readLissajousHeader(GraphicsChannelHelpers::copyBlock(answer, "header"),
+                                        result);
+  const std::vector<std::uint8_t> block = GraphicsChannelHelpers::copyBlock(answer, "value");
+  GraphicsDecoders::appendFixedPointPairs(block, *result.mutable_points());
+}
+
+}  // namespace halvor::kelo

@@ -1,0 +1,52 @@
+#include "kelo/handlers/http/graphics/SpectrumHelperClass.h"
+
+#include "kelo/handlers/http/graphics/GraphicsChannelHelpers.h"
+#include "kelo/handlers/http/graphics/GraphicsDecoders.h"
+
+namespace halvor::kelo {
+
+namespace {
+
+void readScale(const tavelabi::Resource& answer, protobuf::Spectrum& result) {
+  result.mutable_centerfrequency()->set_value(answer.values.at("centerFrequency").getDoubleValue());
+  result.mutable_centerfrequencyunits()->set_value(
+      answer.values.at("centerFrequencyUnits").getStringValue());
+  result.mutable_frequencyspan()->set_value(answer.values.at("frequencySpan").getDoubleValue());
+  result.mutable_minvalue()->set_value(answer.values.at("minValue").getDoubleValue());
+  result.mutable_minvalueunits()->set_value(answer.values.at("minValueUnits").getStringValue());
+  result.mutable_maxvalue()->set_value(answer.values.at("maxValue").getDoubleValue());
+  result.mutable_maxvalueunits()->set_value(answer.values.at("maxValueUnits").getStringValue());
+}
+
+}  // namespace
+
+void SpectrumHelperClass::getSpectrum(const web::HttpRequestPtr& request, tavelabi::ITavel* tavel,
+                                      tavelabi::IPluginInfo* pluginInfo, std::string sessionId,
+                                      protobuf::Spectrum& result,
+                                      bool byPassSessionActivityTimerUpdate) {
+  const bool flag = byPassSessionActivityTimerUpdate;
+  // The scale comes from the trace's amplitude channel and from no other.
+  const tavelabi::Resource amplitude = GraphicsChannelHelpers::readChannel(
+      request, tavel, pluginInfo, sessionId, "exSpectrumAmplitude", flag);
+  readScale(amplitude, result);
+  const std::vector<std::uint8_t> traceAmplitude =
+      GraphicsChannelHelpers::copyBlock(amplitude, "value");
+  const std::vector<std::uint8_t> traceFrequency = GraphicsChannelHelpers::copyBlock(
+      GraphicsChannelHelpers::readChannel(request, tavel, pluginInfo, sessionId,
+                                          "exSpectrumFrequency", flag),
+      "value");
+  GraphicsDecoders::appendTrace(traceAmplitude, traceFrequency, *result.mutable_spectrumpoints());
+
+  // The mask's form is decided on its own two lengths.
+  const std::vector<std::uint8_t> maskAmplitude = GraphicsChannelHelpers::copyBlock(
+      GraphicsChannelHelpers::readChannel(request, tavel, pluginInfo, sessionId,
+                                          "exSpectrumMaskAmplitude", flag),
+      "value");
+  const std::vector<std::uint8_t> maskFrequency = GraphicsChannelHelpers::copyBlock(
+      GraphicsChannelHelpers::readChannel(request, tavel, pluginInfo, sessionId,
+                                          "exSpectrumMaskFrequency", flag),
+      "value");
+  GraphicsDecoders::appendTrace(maskAmplitude, maskFrequency, *result.mutable_maskpoints());
+}
+
+}  // namespace halvor::kelo

@@ -1,0 +1,19 @@
+#include "kelo/handlers/ws/WsAudioModVectors.h"
+
+#include "kelo/KeloHost.h"
+#include "kelo/handlers/http/graphics/AudioModVectorsHelperClass.h"
+#include "kelo/handlers/ws/WsMessages.h"
+
+namespace halvor::kelo {
+
+void WsAudioModVectors::messageGenerator(const web::HttpRequestPtr& req,
+                                         tavelabi::Resource& /*resource*/, std::string sessionId,
+                                         std::string& message, const std::string& path) {
+  WsMessages::checkSession(req, sessionId, path);
+  WebKeloInterface& plugin = KeloHost::plugin();
+  WsMessages::serialize(*AudioModVectorsHelperClass::getAudioModVectors(
+                            req, plugin.tavel, plugin.pluginInfo, sessionId, kBypassActivity),
+                        message);
+}
+
+}  // namespace halvor::kelo

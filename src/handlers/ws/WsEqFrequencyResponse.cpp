@@ -1,0 +1,20 @@
+#include "kelo/handlers/ws/WsEqFrequencyResponse.h"
+
+#include "kelo/KeloHost.h"
+#include "kelo/handlers/http/graphics/EqFrequencyResponseHelperClass.h"
+#include "kelo/handlers/ws/WsMessages.h"
+
+namespace halvor::kelo {
+
+void WsEqFrequencyResponse::messageGenerator(const web::HttpRequestPtr& req,
+                                             tavelabi::Resource& /*resource*/,
+                                             std::string sessionId, std::string& message,
+                                             const std::string& path) {
+  WsMessages::checkSession(req, sessionId, path);
+  WebKeloInterface& plugin = KeloHost::plugin();
+  WsMessages::serialize(*EqFrequencyResponseHelperClass::getEqFrequencyResponse(
+                            req, plugin.tavel, plugin.pluginInfo, sessionId, kBypassActivity),
+                        message);
+}
+
+}  // namespace halvor::kelo

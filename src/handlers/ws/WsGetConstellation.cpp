@@ -1,0 +1,22 @@
+#include "kelo/handlers/ws/WsGetConstellation.h"
+
+#include "kelo/KeloHost.h"
+#include "kelo/handlers/http/graphics/ConstellationHelperClass.h"
+#include "kelo/handlers/http/graphics/GraphicsArena.h"
+#include "kelo/handlers/ws/WsMessages.h"
+
+namespace halvor::kelo {
+
+void WsGetConstellation::messageGenerator(const web::HttpRequestPtr& req,
+                                          tavelabi::Resource& /*resource*/, std::string sessionId,
+                                          std::string& message, const std::string& path) {
+  WsMessages::checkSession(req, sessionId, path);
+  WebKeloInterface& plugin = KeloHost::plugin();
+  GraphicsArena arena;
+  protobuf::Constellation& result = arena.make<protobuf::Constellation>();
+  ConstellationHelperClass::getConstellation(req, plugin.tavel, plugin.pluginInfo, sessionId,
+                                             result, kBypassActivity);
+  WsMessages::serialize(result, message);
+}
+
+}  // namespace halvor::kelo
