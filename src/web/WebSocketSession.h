@@ -246,13 +246,14 @@ class WebSocketSession : public WebSocketConnection,
   }
 
   // The codes a peer may put in a close frame: none at all, those defined for the protocol
-  // (1000-1003, 1007-1014; 1004-1006 and 1015 never go on the wire), those registered for
+  // (1000-1003, 1007-1013; 1004-1006 and 1014-1015 are reserved), those registered for
   // libraries and applications (3000-3999) and private ones (4000-4999). Everything else,
-  // 5000 and above included, is not a close but an error.
+  // 5000 and above included, is not a close but an error. The stream itself already fails the
+  // reserved ones and those below 3000 with 1002; it lets 5000 and above through.
   static bool isAllowedCloseCode(std::uint16_t code) {
     if (code == boost::beast::websocket::close_code::none) return true;
     if (code >= 1000 && code <= 1003) return true;
-    if (code >= 1007 && code <= 1014) return true;
+    if (code >= 1007 && code <= 1013) return true;
     return code >= 3000 && code <= 4999;
   }
 
