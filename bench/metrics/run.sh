@@ -100,9 +100,12 @@ signal.signal(signal.SIGINT, finish)
 connection = http.client.HTTPConnection("127.0.0.1", port, timeout=10)
 next_at = time.monotonic()
 while True:
-    connection.request("GET", "/metrics", headers={"Authorization": "Bearer " + token})
-    reply = connection.getresponse()
-    reply.read()
+    try:
+        connection.request("GET", "/metrics", headers={"Authorization": "Bearer " + token})
+        reply = connection.getresponse()
+        reply.read()
+    except OSError:  # the server has stopped
+        finish()
     if reply.status != 200:
         print("Non-2xx", reply.status); sys.exit(1)
     done[0] += 1
@@ -111,6 +114,8 @@ while True:
 PY
 
 push_run() {  # scraper (none, steady or max): prints "p50_ms p99_ms max_ms frames scrapes"
+  # Emptied before the next server starts, so that the port read is never the last run's.
+  : > "$work/server.out"
   "$server" --clients "$clients" --meters 100 --groups 4 --rate 5 --duration "$push_seconds" \
     --threads 1 > "$work/server.out" &
   local server_pid=$! scraper_pid= scrapes=0
@@ -127,10 +132,14 @@ push_run() {  # scraper (none, steady or max): prints "p50_ms p99_ms max_ms fram
   fi
   [ -z "$scraper_pid" ] || pids+=("$scraper_pid")
   "$client" --port "$port" --clients "$clients" --group /bench/meters > "$work/client.out"
-  stop_when_updated "$server_pid" "$work/server.out"
+  for _ in $(seq 300); do grep -q '^updated' "$work/server.out" && break; sleep 0.1; done
+  # The scraper stops before the server does, so that none of its scrapes meets a closed port.
   if [ -n "$scraper_pid" ]; then
     kill -INT "$scraper_pid" 2>/dev/null || true
     wait "$scraper_pid" 2>/dev/null || true
+  fi
+  stop_when_updated "$server_pid" "$work/server.out"
+  if [ -n "$scraper_pid" ]; then
     scrapes=$(awk '/requests in/ {print $1}' "$work/scraper.out")
     if grep -q "Non-2xx" "$work/scraper.out"; then echo "bench: the scraper got errors" >&2; exit 1; fi
   fi

@@ -55,7 +55,8 @@ void EmbeddedHost::writeFiles() const {
       "-subj /CN=localhost -keyout " +
       (dir_ / "server.key").string() + " -out " + (dir_ / "server.crt").string() +
       " >/dev/null 2>&1";
-  if (std::system(command.c_str()) != 0) throw std::runtime_error(options_.name + ": openssl failed");
+  if (std::system(command.c_str()) != 0)
+    throw std::runtime_error(options_.name + ": openssl failed");
   writeText(dir_ / "config.json",
             "{\"UserName\": \"kelo\", \"Password\": \"kelo-bench\", \"LogDirectory\": \"" +
                 (dir_ / "logs").string() + "\", \"PX3LocalhostIp\": [\"127.0.0.1\"], " +
@@ -87,8 +88,8 @@ bool EmbeddedHost::start() {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
   while (!(application().isRunning() && application().getListeners().size() >= 2)) {
     if (std::chrono::steady_clock::now() > deadline || !plugin_->isRunning()) {
-      std::cerr << options_.name << ": the plug-in does not serve: "
-                << plugin_->currentStatus().getText() << "\n";
+      std::cerr << options_.name
+                << ": the plug-in does not serve: " << plugin_->currentStatus().getText() << "\n";
       return false;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(5));

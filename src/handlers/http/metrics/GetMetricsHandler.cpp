@@ -39,8 +39,12 @@ web::HttpResponsePtr plainAnswer(int status, const std::string& body) {
 // tree, runs on the background queue, so that the I/O thread goes on writing pushes meanwhile.
 void GetMetricsHandler::handle(const web::HttpRequestPtr& req, web::ResponseCallback&& callback) {
   const WebKeloInterface& plugin = KeloHost::plugin();
+  if (web::HttpResponsePtr refused = refusal(req, plugin)) {
+    callback(refused);
+    return;
+  }
   auto* queue = web::app().getPlugin<BackgroundTaskQueue>();
-  if (queue == nullptr || refusal(req, plugin)) {
+  if (queue == nullptr) {
     callback(respond(req, plugin, *ServerHealthMetrics::instance(), web::app()));
     return;
   }
