@@ -48,8 +48,8 @@ def get_from(sim, source, target, token=None):
         connection.close()
 
 
-def tls_status(sim, token):
-    """(status, content type) of a GET /metrics on the TLS port; the body is not read."""
+def tls_scrape(sim, token):
+    """(status, content type, body) of a GET /metrics on the TLS port."""
     context = ssl.create_default_context()
     context.check_hostname = False
     context.verify_mode = ssl.CERT_NONE  # the run's own self-signed certificate
@@ -58,7 +58,7 @@ def tls_status(sim, token):
     try:
         connection.request("GET", "/metrics", headers={"Authorization": "Bearer " + token})
         reply = connection.getresponse()
-        return reply.status, reply.headers.get("Content-Type") or ""
+        return reply.status, reply.headers.get("Content-Type") or "", reply.read().decode()
     finally:
         connection.close()
 
@@ -77,10 +77,14 @@ def check_access(sim, checks):
     checks.check("the token under another scheme: 401", status == 401, status)
     status, _, _ = sim.request("GET", "/metrics", tls=True)
     checks.check("no token over TLS: 401", status == 401, status)
-    status, content_type = tls_status(sim, TOKEN)
+    status, content_type, body = tls_scrape(sim, TOKEN)
     checks.check("the token over TLS: 200 in the text format",
                  status == 200 and content_type.startswith("text/plain; version=0.0.4"),
                  (status, content_type))
+    # The exposition is larger than one TLS record: the whole of it must arrive.
+    checks.check("the token over TLS: the whole exposition, meters and alarms",
+                 len(body) > 16384 and "kelo_meter_value{" in body
+                 and "kelo_active_alarms{" in body and body.endswith("\n"), len(body))
 
 
 def check_exposition(sim, checks, text, content_type):
