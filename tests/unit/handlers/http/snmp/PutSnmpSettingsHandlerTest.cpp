@@ -151,5 +151,14 @@ TEST_F(PutSnmpSettingsHandlerTest, ARefusedWriteFailsBeforeAnythingIsQueued) {
   EXPECT_FALSE(answeredYet());
 }
 
+TEST_F(PutSnmpSettingsHandlerTest, APortOfTheWrongTypeIsWrittenAsUnsetThatIsZero) {
+  put(R"({"agentPort":"abc"})");
+  ASSERT_NE(waitForAnswer(), nullptr);
+  const auto writes = host.actionsOn("/snmp/agentPort");
+  ASSERT_GE(writes.size(), 2u);
+  EXPECT_EQ(writes[1].action, CCRUD::Update);
+  EXPECT_EQ(writes[1].resource.values.at("set_value").getIntValue(), 0);
+}
+
 }  // namespace
 }  // namespace halvor::kelo
