@@ -9,9 +9,12 @@
 #include "kelo/handlers/http/generic/GenericRoutes.h"
 #include "kelo/handlers/http/graphics/GraphicsRoutes.h"
 #include "kelo/handlers/http/meters/MeterRoutes.h"
-#include "kelo/handlers/http/session/SessionRoutes.h"
-#include "kelo/handlers/http/users/UserRoutes.h"
 #include "kelo/handlers/http/metrics/MetricsRoutes.h"
+#include "kelo/handlers/http/notifications/NotificationRoutes.h"
+#include "kelo/handlers/http/session/SessionRoutes.h"
+#include "kelo/handlers/http/settings/SettingsRoutes.h"
+#include "kelo/handlers/http/snmp/SnmpRoutes.h"
+#include "kelo/handlers/http/users/UserRoutes.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsRoutes.h"
 
@@ -36,6 +39,9 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   SessionRoutes::registerSessionRoutes(application);
   UserRoutes::registerUserRoutes(application);
   MetricsRoutes::registerMetricsRoutes(application);
+  SettingsRoutes::registerSettingsRoutes(application);
+  SnmpRoutes::registerSnmpRoutes(application);
+  NotificationRoutes::registerNotificationRoutes(application);
 }
 
 }  // namespace halvor::kelo

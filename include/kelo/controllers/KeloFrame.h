@@ -34,11 +34,7 @@ class KeloFrame {
     web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
     WebKeloInterface& plugin = KeloHost::plugin();
     std::string sessionId = req->getCookie("SessionID");
-    if (form == Form::Simple) {
-      resp->removeCookie("SessionID");
-    }
-    // The value goes back as the client sent it, with the path inside the cookie's value.
-    resp->addCookie("SessionID", sessionId + ";Path=/");
+    carrySessionCookie(*resp, sessionId, form);
     try {
       std::forward<Handler>(handler)(resp, plugin.tavel, plugin.pluginInfo, sessionId);
     } catch (...) {
@@ -48,6 +44,37 @@ class KeloFrame {
       throw std::bad_function_call();
     }
     callback(resp);
+  }
+
+  // The deferred form, for a route that answers later from another thread:
+  // `handler(resp, tavel, info, sessionId, callback)` either hands the callback on (to a task
+  // that answers later) and returns, or throws, and is then answered here as any handler is.
+  // Handing the callback on is the handler's last step.
+  template <class Handler>
+  static void handleDeferred(const web::HttpRequestPtr& req, const web::ResponseCallback& callback,
+                             Form form, Handler&& handler) {
+    web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
+    WebKeloInterface& plugin = KeloHost::plugin();
+    std::string sessionId = req->getCookie("SessionID");
+    carrySessionCookie(*resp, sessionId, form);
+    if (!callback) {
+      throw std::bad_function_call();
+    }
+    try {
+      std::forward<Handler>(handler)(resp, plugin.tavel, plugin.pluginInfo, sessionId, callback);
+    } catch (...) {
+      mapCurrentException(*resp);
+      callback(resp);
+    }
+  }
+
+  // The value goes back as the client sent it, with the path inside the cookie's value. The
+  // simple form first drops a cookie the response may already carry.
+  static void carrySessionCookie(web::HttpResponse& resp, const std::string& sessionId, Form form) {
+    if (form == Form::Simple) {
+      resp.removeCookie("SessionID");
+    }
+    resp.addCookie("SessionID", sessionId + ";Path=/");
   }
 
   // Inside a catch block: a dead session is 440, a refused right 403, anything else 500 with the

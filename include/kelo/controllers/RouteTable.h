@@ -62,6 +62,38 @@ class RouteTable {
     };
   }
 
+  // The operation of a route that answers later (KeloFrame::handleDeferred): the frame's
+  // arguments, the callback to answer through, then one text per "{name}" segment.
+  template <class... Params>
+  using DeferredOperation = void (T::*)(const web::HttpRequestPtr&, web::HttpResponsePtr&,
+                                        tavelabi::ITavel*, tavelabi::IPluginInfo*, std::string,
+                                        web::ResponseCallback, Params...);
+
+  // `path` served by the deferred frame around `operation`.
+  template <class... Params>
+  void addDeferredMember(DeferredOperation<Params...> operation, const std::string& memberName,
+                         const std::string& path, const std::vector<web::HttpMethod>& methods) {
+    application_.registerHandler(
+        KeloFrame::versionedPath(path),
+        deferredWrapperOf(application_.template sharedInstance<T>(), operation), methods,
+        className() + "::" + memberName + "Wrapper");
+  }
+
+  template <class... Params>
+  static auto deferredWrapperOf(std::shared_ptr<T> handler,
+                                DeferredOperation<Params...> operation) {
+    return [handler = std::move(handler), operation](
+               const web::HttpRequestPtr& req, web::ResponseCallback&& callback, Params... params) {
+      KeloFrame::handleDeferred(
+          req, callback, KeloFrame::Form::PathParameters,
+          [&](web::HttpResponsePtr& resp, tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
+              const std::string& sessionId, const web::ResponseCallback& answer) {
+            ((*handler).*operation)(req, resp, tavel, info, sessionId, answer,
+                                    std::move(params)...);
+          });
+    };
+  }
+
   // A WebSocket endpoint at `path`, GET only, served by the application's one T object.
   void addWebSocket(const std::string& path) {
     application_.registerWebSocketController(KeloFrame::versionedPath(path),
@@ -91,6 +123,10 @@ class RouteTable {
 // "Class::operationWrapper".
 #define KELO_ROUTE(operation, routePath, ...) \
   routes.addMember(&Self::operation, #operation, routePath, {__VA_ARGS__});
+// A route whose member answers later through the callback it is handed (KeloFrame's deferred
+// form), logged as "Class::operationWrapper".
+#define KELO_DEFERRED_ROUTE(operation, routePath, ...) \
+  routes.addDeferredMember(&Self::operation, #operation, routePath, {__VA_ARGS__});
 // The common case in one line: the simple form serving one path.
 #define KELO_SIMPLE_ROUTE(routePath, ...) \
   KELO_ROUTES_BEGIN                       \

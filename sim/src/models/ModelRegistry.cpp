@@ -8,6 +8,9 @@
 #include "sim/models/EventLogModel.h"
 #include "sim/models/GraphicsModel.h"
 #include "sim/models/MeterModel.h"
+#include "sim/models/NotificationModel.h"
+#include "sim/models/SettingsModel.h"
+#include "sim/models/SnmpModel.h"
 
 namespace halvor::sim {
 
@@ -22,8 +25,9 @@ std::unique_ptr<Model> make() {
 
 const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
   static const std::vector<Factory> table{
-      make<DemoModel>,       make<DeviceModel>,   make<AlarmModel>,    make<MeterModel>,
-      make<AudioInputModel>, make<EventLogModel>, make<GraphicsModel>,
+      make<DemoModel>,       make<DeviceModel>,       make<AlarmModel>,    make<MeterModel>,
+      make<AudioInputModel>, make<EventLogModel>,     make<GraphicsModel>, make<SettingsModel>,
+      make<SnmpModel>,       make<NotificationModel>,
   };
   return table;
 }

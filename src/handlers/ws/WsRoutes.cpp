@@ -8,6 +8,7 @@
 #include "kelo/handlers/ws/WsEqFrequencyResponse.h"
 #include "kelo/handlers/ws/WsGetConstellation.h"
 #include "kelo/handlers/ws/WsGetLissajous.h"
+#include "kelo/handlers/ws/WsGetSetting.h"
 #include "kelo/handlers/ws/WsGetSpectrum.h"
 #include "kelo/handlers/ws/WsGetSubCarriers.h"
 #include "kelo/handlers/ws/WsHeartbeat.h"
@@ -23,6 +24,8 @@ void WsRoutes::registerWsRoutes(web::HttpAppFramework& application) {
   FamilyRoutes::add<WsGetSpectrum, WsGetConstellation, WsGetSubCarriers, WsGetLissajous,
                     WsPowerDistribution, WsAmAmCorrection, WsAmPmCorrection, WsEqFrequencyResponse,
                     WsAudioModVectors>(application);
+  // The settings pages.
+  FamilyRoutes::add<WsGetSetting>(application);
 }
 
 }  // namespace halvor::kelo

@@ -1,0 +1,44 @@
+#include "kelo/handlers/toolkit/BackgroundConfirmation.h"
+
+#include <cerrno>
+#include <ctime>
+#include <stdexcept>
+#include <utility>
+
+#include "kelo/BackgroundTaskQueue.h"
+#include "kelo/controllers/KeloFrame.h"
+#include "kelo/web/HttpAppFramework.h"
+
+namespace halvor::kelo {
+
+void BackgroundConfirmation::start(Reply reply, std::chrono::milliseconds period, Pass pass) {
+  auto* queue = web::app().getPlugin<BackgroundTaskQueue>();
+  if (queue == nullptr) {
+    throw std::logic_error("The web configuration has no BackgroundTaskQueue");
+  }
+  queue->runInBackground(
+      [reply = std::move(reply), period, pass = std::move(pass)] { run(reply, period, pass); });
+}
+
+void BackgroundConfirmation::run(const Reply& reply, std::chrono::milliseconds period,
+                                 const Pass& pass) {
+  try {
+    while (!pass()) {
+      pause(period);
+    }
+    reply.resp->setStatusCode(200);
+  } catch (...) {
+    KeloFrame::mapCurrentException(*reply.resp);
+  }
+  reply.callback(reply.resp);
+}
+
+void BackgroundConfirmation::pause(std::chrono::milliseconds period) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(period);
+  timespec remaining{static_cast<time_t>(seconds.count()),
+                     static_cast<long>(std::chrono::nanoseconds(period - seconds).count())};
+  while (nanosleep(&remaining, &remaining) == -1 && errno == EINTR) {
+  }
+}
+
+}  // namespace halvor::kelo

@@ -1,0 +1,142 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+
+#include "kelo/BackgroundTaskQueue.h"
+#include "kelo/handlers/toolkit/BackgroundConfirmation.h"
+#include "kelo/web/HttpAppFramework.h"
+#include "support/Requests.h"
+#include "tavelabi/Exceptions.h"
+
+namespace halvor::kelo {
+namespace {
+
+using std::chrono::milliseconds;
+
+// What the callback got, and on which thread, waited for across threads.
+class Answer {
+ public:
+  web::ResponseCallback callback() {
+    return [this](const web::HttpResponsePtr& resp) {
+      std::lock_guard lock(mutex_);
+      response_ = resp;
+      thread_ = std::this_thread::get_id();
+      ++calls_;
+      answered_.notify_all();
+    };
+  }
+  web::HttpResponsePtr wait() {
+    std::unique_lock lock(mutex_);
+    answered_.wait_for(lock, std::chrono::seconds(10), [this] { return calls_ > 0; });
+    return response_;
+  }
+  int calls() {
+    std::lock_guard lock(mutex_);
+    return calls_;
+  }
+  std::thread::id thread() {
+    std::lock_guard lock(mutex_);
+    return thread_;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable answered_;
+  web::HttpResponsePtr response_;
+  std::thread::id thread_;
+  int calls_ = 0;
+};
+
+BackgroundConfirmation::Reply replyTo(Answer& answer) {
+  return {test::makeRequest(web::Put, "/1/api/x", "", "{}"), web::HttpResponse::newHttpResponse(),
+          answer.callback()};
+}
+
+TEST(BackgroundConfirmationTest, PassesUntilConfirmedWaitingThePeriodBetweenThenAnswers200) {
+  Answer answer;
+  BackgroundConfirmation::Reply reply = replyTo(answer);
+  reply.resp->setStatusCode(404);
+  reply.resp->setBody("kept");
+  int passes = 0;
+  const auto start = std::chrono::steady_clock::now();
+  BackgroundConfirmation::run(reply, milliseconds(50), [&passes] { return ++passes == 3; });
+  const auto elapsed = std::chrono::steady_clock::now() - start;
+  EXPECT_EQ(passes, 3);
+  EXPECT_GE(elapsed, milliseconds(100));  // two waits between three passes
+  ASSERT_EQ(answer.calls(), 1);
+  EXPECT_EQ(answer.wait()->statusCode(), web::k200OK);
+  EXPECT_EQ(answer.wait()->body(), "kept");
+}
+
+TEST(BackgroundConfirmationTest, AConfirmedFirstPassAnswersWithoutWaiting) {
+  Answer answer;
+  const auto start = std::chrono::steady_clock::now();
+  BackgroundConfirmation::run(replyTo(answer), milliseconds(5000), [] { return true; });
+  EXPECT_LT(std::chrono::steady_clock::now() - start, milliseconds(1000));
+  EXPECT_EQ(answer.wait()->statusCode(), web::k200OK);
+}
+
+TEST(BackgroundConfirmationTest, FailuresAreMappedAsTheFrameMapsThem) {
+  {
+    Answer answer;
+    BackgroundConfirmation::run(replyTo(answer), milliseconds(1), []() -> bool {
+      throw tavelabi::NonExistentSessionException("gone");
+    });
+    EXPECT_EQ(answer.wait()->statusCode(), 440);
+    EXPECT_TRUE(answer.wait()->ifCloseConnection());
+  }
+  {
+    Answer answer;
+    BackgroundConfirmation::run(replyTo(answer), milliseconds(1),
+                                []() -> bool { throw tavelabi::AuthorizationFailure("no"); });
+    EXPECT_EQ(answer.wait()->statusCode(), 403);
+  }
+  {
+    Answer answer;
+    BackgroundConfirmation::run(replyTo(answer), milliseconds(1),
+                                []() -> bool { throw std::out_of_range("map::at"); });
+    const web::HttpResponsePtr resp = answer.wait();
+    EXPECT_EQ(resp->statusCode(), 500);
+    EXPECT_EQ(resp->contentType(), web::CT_TEXT_PLAIN);
+    EXPECT_NE(resp->body().find("map::at"), std::string::npos) << resp->body();
+    EXPECT_EQ(answer.calls(), 1);
+  }
+}
+
+TEST(BackgroundConfirmationTest, StartRunsTheLoopOnTheBackgroundQueueAndReturnsAtOnce) {
+  web::app().registerPluginType<BackgroundTaskQueue>("BackgroundTaskQueue");
+  Json::Value root;
+  root["plugins"][0]["name"] = "BackgroundTaskQueue";
+  root["plugins"][0]["config"] = Json::objectValue;
+  web::app().loadConfigJson(root);
+  auto* queue = web::app().getPlugin<BackgroundTaskQueue>();
+  ASSERT_NE(queue, nullptr);
+  Json::Value config;
+  config["threads_num"] = 1;
+  config["name"] = "confirmTest";
+  queue->initAndStart(config);
+
+  Answer answer;
+  std::atomic<int> passes{0};
+  std::atomic<bool> release{false};
+  BackgroundConfirmation::start(replyTo(answer), milliseconds(10), [&] {
+    ++passes;
+    return release.load();
+  });
+  // The caller is free while the loop waits on the queue's thread.
+  EXPECT_EQ(answer.calls(), 0);
+  while (passes.load() < 2) std::this_thread::sleep_for(milliseconds(5));
+  EXPECT_EQ(answer.calls(), 0);
+  release = true;
+  EXPECT_EQ(answer.wait()->statusCode(), web::k200OK);
+  EXPECT_NE(answer.thread(), std::this_thread::get_id());
+  queue->shutdown();
+}
+
+}  // namespace
+}  // namespace halvor::kelo
