@@ -73,11 +73,14 @@ class Sim:
         self.io_threads = io_threads
         # Further keys of the plug-in's configuration file ({"metrics-token": ...}).
         self.config_extra = {}
+        self.pick_ports()
+        self.process = None
+
+    def pick_ports(self):
         self.http_port = free_port()
         self.https_port = free_port()
         while self.https_port == self.http_port:
             self.https_port = free_port()
-        self.process = None
 
     def path(self, name):
         return os.path.join(self.work, name)
@@ -122,7 +125,21 @@ class Sim:
     def start(self, fixtures=(), sessions=None, demo_models=True, extra=(), timeout=20):
         """Starts tavel-sim: the plug-in's own user, then the fixtures in order, the sessions
         (identifier -> user); returns once both ports answer. RuntimeError with tavel-sim's
-        output when it ends or stays silent."""
+        output when it ends or stays silent.
+
+        A free port may be taken by another program (a client socket of a test running beside
+        this one) between its choice and the server's bind: then the run starts again on two new
+        ports, at most three times."""
+        for attempt in range(3):
+            try:
+                return self.start_once(fixtures, sessions, demo_models, extra, timeout)
+            except RuntimeError:
+                if "Address already in use" not in self.output() or attempt == 2:
+                    raise
+                self.stop()
+                self.pick_ports()
+
+    def start_once(self, fixtures, sessions, demo_models, extra, timeout):
         self.write_config()
         user = self.fixture("plugin-user", {"users": [
             {"name": PLUGIN_USER, "password": PLUGIN_PASSWORD, "role": "administrator"}]})
@@ -140,6 +157,8 @@ class Sim:
                                         stderr=subprocess.STDOUT)
         deadline = time.time() + timeout
         while time.time() < deadline and self.process.poll() is None:
+            if "Address already in use" in self.output():
+                break
             if port_answers(self.http_port) and port_answers(self.https_port):
                 return
             time.sleep(0.1)
