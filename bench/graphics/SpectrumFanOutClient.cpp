@@ -151,13 +151,10 @@ int main(int argc, char** argv) {
         return SwarmFigures::quietOrGone(swarm, options.clients, totals.frames, totals.lastFrame,
                                          arguments.quietSeconds);
       });
-  const SwarmFigures::Spread spread = SwarmFigures::spread(totals.framesPerClient);
-  const SwarmFigures::Latency latency = SwarmFigures::latency(totals.latencyMs);
-  std::cout << "clients " << arguments.clients << " subscribed " << counts.subscribed << " live "
-            << SwarmFigures::live(counts) << " frames_received " << totals.frames
-            << " per_client_min " << spread.least << " per_client_max " << spread.most
-            << " repeated_or_old " << totals.repeatedOrOld << " wrong_points " << totals.wrongPoints
-            << " undecodable " << totals.undecodable << " p50_ms " << latency.p50Ms << " p99_ms "
-            << latency.p99Ms << " max_ms " << latency.maxMs << std::endl;
+  SwarmFigures::printHead(std::cout, arguments.clients, counts, totals.frames,
+                          totals.framesPerClient);
+  std::cout << " repeated_or_old " << totals.repeatedOrOld << " wrong_points " << totals.wrongPoints
+            << " undecodable " << totals.undecodable;
+  SwarmFigures::printLatency(std::cout, totals.latencyMs);
   return 0;
 }

@@ -15,7 +15,6 @@
 #include <json/value.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <iostream>
 #include <random>
 #include <string>
@@ -71,24 +70,13 @@ void change(sim::SimTavel& host, double seconds, int points, std::mt19937& rando
 }
 
 bool parse(int argc, char** argv, Options& options) {
-  for (int i = 1; i + 1 < argc; i += 2) {
-    const std::string option = argv[i];
-    const int value = std::atoi(argv[i + 1]);
-    if (option == "--clients") {
-      options.clients = value;
-    } else if (option == "--points") {
-      options.points = value;
-    } else if (option == "--rate") {
-      options.rate = value;
-    } else if (option == "--duration") {
-      options.duration = value;
-    } else if (option == "--threads") {
-      options.threads = value;
-    } else {
-      return false;
-    }
-  }
-  return options.clients > 0 && options.points > 0 && options.rate > 0;
+  const bool known = ServerSteps::parse(argc, argv,
+                                        {{"--clients", &options.clients},
+                                         {"--points", &options.points},
+                                         {"--rate", &options.rate},
+                                         {"--duration", &options.duration},
+                                         {"--threads", &options.threads}});
+  return known && options.clients > 0 && options.points > 0 && options.rate > 0;
 }
 
 int run(int argc, char** argv) {

@@ -15,7 +15,6 @@
 // change has been dispatched; SIGINT or SIGTERM stops it.
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <iostream>
 #include <string>
 #include <thread>
@@ -96,27 +95,18 @@ void move(sim::SimTavel& host, const std::string& path) {
 }
 
 bool parse(int argc, char** argv, Options& options) {
-  for (int i = 1; i + 1 < argc; i += 2) {
-    const std::string option = argv[i];
-    const int value = std::atoi(argv[i + 1]);
-    if (option == "--clients")
-      options.clients = value;
-    else if (option == "--meters")
-      options.meters = value;
-    else if (option == "--groups")
-      options.groups = value;
-    else if (option == "--rate")
-      options.rate = value;
-    else if (option == "--duration")
-      options.duration = value;
-    else if (option == "--threads")
-      options.threads = value;
-    else if (option == "--burst")
-      options.burst = value != 0;
-    else
-      return false;
-  }
-  return options.clients > 0 && options.meters > 0 && options.groups > 0 && options.rate > 0;
+  int burst = 0;
+  const bool known = ServerSteps::parse(argc, argv,
+                                        {{"--clients", &options.clients},
+                                         {"--meters", &options.meters},
+                                         {"--groups", &options.groups},
+                                         {"--rate", &options.rate},
+                                         {"--duration", &options.duration},
+                                         {"--threads", &options.threads},
+                                         {"--burst", &burst}});
+  options.burst = burst != 0;
+  return known && options.clients > 0 && options.meters > 0 && options.groups > 0 &&
+         options.rate > 0;
 }
 
 int run(int argc, char** argv) {

@@ -2,12 +2,22 @@
 
 #include <sys/resource.h>
 
+#include <cstdlib>
 #include <thread>
 
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/web/HttpAppFramework.h"
 
 namespace halvor::kelo::bench {
+
+bool ServerSteps::parse(int argc, char** argv, const std::map<std::string, int*>& options) {
+  for (int i = 1; i + 1 < argc; i += 2) {
+    const auto found = options.find(argv[i]);
+    if (found == options.end()) return false;
+    *found->second = std::atoi(argv[i + 1]);
+  }
+  return true;
+}
 
 EmbeddedHost::Options ServerSteps::hostOptions(const std::string& name, int ioThreads) {
   EmbeddedHost::Options options;

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <string>
 
 #include "EmbeddedHost.h"
@@ -29,6 +30,10 @@ class ServerSteps {
     double cpuSeconds = 0;
     double cpuPercent() const { return 100.0 * cpuSeconds / wallSeconds; }
   };
+
+  // "--name value" pairs, each value an integer stored through the pointer named for its option.
+  // False on an option that is not named; a last option without a value is passed over.
+  static bool parse(int argc, char** argv, const std::map<std::string, int*>& options);
 
   // The host with the read-only user "bench" and its session "bench-session", which the
   // clients send as their cookie.

@@ -23,6 +23,20 @@ std::size_t SwarmFigures::live(const SwarmCounts& counts) {
   return counts.subscribed - std::min(counts.subscribed, counts.closed);
 }
 
+void SwarmFigures::printHead(std::ostream& out, int clients, const SwarmCounts& counts,
+                             std::size_t frames, const std::vector<std::size_t>& framesPerClient) {
+  const Spread perClient = spread(framesPerClient);
+  out << "clients " << clients << " subscribed " << counts.subscribed << " live " << live(counts)
+      << " frames_received " << frames << " per_client_min " << perClient.least
+      << " per_client_max " << perClient.most;
+}
+
+void SwarmFigures::printLatency(std::ostream& out, const std::vector<float>& latenciesMs) {
+  const Latency figures = latency(latenciesMs);
+  out << " p50_ms " << figures.p50Ms << " p99_ms " << figures.p99Ms << " max_ms " << figures.maxMs
+      << std::endl;
+}
+
 std::int64_t SwarmFigures::microsecondsOf(Clock::time_point time) {
   return std::chrono::duration_cast<std::chrono::microseconds>(time.time_since_epoch()).count();
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <ostream>
 #include <vector>
 
 #include "SubscriberSwarm.h"
@@ -28,6 +29,13 @@ class SwarmFigures {
   static Spread spread(const std::vector<std::size_t>& framesPerClient);
   // Subscribers whose socket is still open.
   static std::size_t live(const SwarmCounts& counts);
+
+  // The first fields of a client's summary line: "clients N subscribed S live L frames_received
+  // F per_client_min A per_client_max B".
+  static void printHead(std::ostream& out, int clients, const SwarmCounts& counts,
+                        std::size_t frames, const std::vector<std::size_t>& framesPerClient);
+  // Its last fields, " p50_ms X p99_ms Y max_ms Z", and the end of the line.
+  static void printLatency(std::ostream& out, const std::vector<float>& latenciesMs);
 
   static std::int64_t microsecondsOf(Clock::time_point time);
 

@@ -77,11 +77,9 @@ int main(int argc, char** argv) {
 
   const std::size_t live = SwarmFigures::live(counts);
   const std::size_t expected = live * static_cast<std::size_t>(totals.maxSequence);
-  const SwarmFigures::Latency latency = SwarmFigures::latency(totals.latencyMs);
   std::cout << "clients " << arguments.clients << " subscribed " << counts.subscribed << " closed "
             << counts.closed << " updates " << totals.maxSequence << " frames_expected " << expected
-            << " frames_received " << totals.frames << " out_of_order " << totals.outOfOrder
-            << " p50_ms " << latency.p50Ms << " p99_ms " << latency.p99Ms << " max_ms "
-            << latency.maxMs << std::endl;
+            << " frames_received " << totals.frames << " out_of_order " << totals.outOfOrder;
+  SwarmFigures::printLatency(std::cout, totals.latencyMs);
   return 0;
 }

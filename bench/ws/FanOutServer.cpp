@@ -8,7 +8,6 @@
 // Usage: bench-ws-fanout-server --clients N [--rate R] [--duration D] [--threads T]
 // Prints "ready <http port>", then "connected ...", then "updated ..."; SIGINT or SIGTERM stops it.
 #include <chrono>
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -62,22 +61,14 @@ int run(int argc, char** argv) {
   int clients = 0;
   int rate = 20;
   int duration = 30;
-  for (int i = 1; i + 1 < argc; i += 2) {
-    const std::string option = argv[i];
-    const int value = std::atoi(argv[i + 1]);
-    if (option == "--threads")
-      threads = value;
-    else if (option == "--clients")
-      clients = value;
-    else if (option == "--rate")
-      rate = value;
-    else if (option == "--duration")
-      duration = value;
-    else {
-      std::cerr << "usage: bench-ws-fanout-server --clients N [--rate R] [--duration D] "
-                   "[--threads T]\n";
-      return 2;
-    }
+  if (!ServerSteps::parse(argc, argv,
+                          {{"--threads", &threads},
+                           {"--clients", &clients},
+                           {"--rate", &rate},
+                           {"--duration", &duration}})) {
+    std::cerr << "usage: bench-ws-fanout-server --clients N [--rate R] [--duration D] "
+                 "[--threads T]\n";
+    return 2;
   }
   if (clients <= 0 || rate <= 0) return 2;
 
