@@ -162,3 +162,86 @@ stop_when_updated() {  # server-pid server-output-file
   kill -TERM "$1"
   wait "$1" 2>/dev/null || true
 }
+
+# One pass of a fan-out benchmark: the server command (the array named by the first argument)
+# started with its output in $work/server.out, the client command (the array named by the
+# second) run with "--port P" added once the server listens, its output in $work/client.out, and
+# the server stopped once its last change has been dispatched.
+fanout_pass() {  # server-command-array client-command-array
+  local -n pass_server=$1 pass_client=$2
+  "${pass_server[@]}" > "$work/server.out" &
+  local server_pid=$!
+  pids+=("$server_pid")
+  local port
+  port=$(ready_port "$work/server.out")
+  "${pass_client[@]}" --port "$port" > "$work/client.out"
+  stop_when_updated "$server_pid" "$work/server.out"
+}
+# The summaries of the last pass: the client's line, then the server's "connected" and "updated".
+fanout_summaries() {
+  sed 's/^/  client: /' "$work/client.out"
+  grep -E '^(connected|updated)' "$work/server.out" | sed 's/^/  server: /'
+}
+# The frames of the last pass that every live client should have received (every change the
+# server made), those the client received, and the difference.
+fanout_missing() {
+  local changes live received
+  changes=$(awk '/^updated/ {print $2}' "$work/server.out")
+  live=$(grep -o 'live [0-9]*' "$work/client.out" | cut -d' ' -f2)
+  received=$(grep -o 'frames_received [0-9]*' "$work/client.out" | cut -d' ' -f2)
+  echo "  frames expected $((changes * live)) (changes $changes x live clients $live)," \
+    "received $received, missing $((changes * live - received))"
+}
+
+# The routes measured in turn beside the web layer's plaintext route, `runs` times: the machine's
+# load, a 2 s warm-up of each route and of plaintext, then each run's rows as they come (plaintext
+# first), so that the machine's load of the moment weighs on both sides of a ratio alike. A route
+# is given by its name, the server's pid, its URL and the name of an array of its wrk options.
+# Leaves the medians by requests/s in medians[NAME] ("rps p50 p99 cpu", plaintext's under
+# "plaintext") and the median of each run's ratio of the route's requests/s to plaintext's in
+# ratios[NAME].
+declare -A medians ratios
+beside_plaintext() {  # name pid url options-array [name pid url options-array ...]
+  local names=() servers=() urls=() options=()
+  while [ $# -gt 0 ]; do
+    names+=("$1"); servers+=("$2"); urls+=("$3"); options+=("$4[@]"); shift 4
+  done
+  local i run plain result rps p50 p99 cpu pair middle
+  declare -A rows=() run_ratios=()
+  echo "machine: $(nproc) cores, load $(cut -d' ' -f1-3 /proc/loadavg) at the start"
+  for i in "${!names[@]}"; do
+    taskset -c 1 wrk -t1 -c64 -d2s "${!options[i]}" "${urls[i]}" > /dev/null
+  done
+  taskset -c 1 wrk -t1 -c64 -d2s "$plaintext_url" > /dev/null
+  printf '%-4s %-34s %12s %10s %10s %14s\n' "run" "route (1 I/O thread, -c64)" "requests/s" \
+    "p50" "p99" "server CPU/req"
+  for run in $(seq 1 "$runs"); do
+    plain=$(measure "$plain_pid" "$plaintext_url")
+    rows[plaintext]+="$plain"$'\n'
+    local pairs=("plaintext:$plain")
+    for i in "${!names[@]}"; do
+      result=$(measure "${servers[i]}" "${urls[i]}" "${!options[i]}")
+      rows[${names[i]}]+="$result"$'\n'
+      run_ratios[${names[i]}]+="$(awk -v d="${result%% *}" -v p="${plain%% *}" \
+        'BEGIN {printf "%.4f", d / p}')"$'\n'
+      pairs+=("${names[i]}:$result")
+    done
+    for pair in "${pairs[@]}"; do
+      read -r rps p50 p99 cpu <<<"${pair#*:}"
+      printf '%-4s %-34s %12s %10s %10s %12s us\n' "$run" "${pair%%:*}" "$rps" "$p50" "$p99" \
+        "$cpu"
+    done
+  done
+  middle=$(((runs + 1) / 2))
+  medians[plaintext]=$(printf '%s' "${rows[plaintext]}" | sort -n | sed -n "${middle}p")
+  for i in "${!names[@]}"; do
+    medians[${names[i]}]=$(printf '%s' "${rows[${names[i]}]}" | sort -n | sed -n "${middle}p")
+    ratios[${names[i]}]=$(printf '%s' "${run_ratios[${names[i]}]}" | sort -n | sed -n "${middle}p")
+  done
+  echo "medians of $runs runs (load $(cut -d' ' -f1-3 /proc/loadavg) at the end):"
+}
+median_row() {  # label "rps p50 p99 cpu"
+  local rps p50 p99 cpu
+  read -r rps p50 p99 cpu <<<"$2"
+  printf '%-39s %12s %10s %10s %12s us\n' "$1" "$rps" "$p50" "$p99" "$cpu"
+}

@@ -9,7 +9,6 @@
 //        [--quiet-seconds Q]
 // Prints "subscribed N" once every first frame arrived, and a summary when no frame has come for
 // Q seconds (default 4) after the first one, or when every subscriber failed or was closed.
-#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
@@ -20,10 +19,13 @@
 #include <string_view>
 #include <vector>
 
+#include "ClientArguments.h"
 #include "SubscriberSwarm.h"
+#include "SwarmFigures.h"
 
 using halvor::bench::Clock;
 using halvor::bench::SubscriberSwarm;
+using halvor::bench::SwarmFigures;
 
 namespace {
 
@@ -98,10 +100,6 @@ std::optional<std::pair<std::int64_t, std::size_t>> stampAndPoints(std::string_v
   return std::make_pair(static_cast<std::int64_t>(*stamp), points);
 }
 
-std::int64_t microsecondsOf(Clock::time_point time) {
-  return std::chrono::duration_cast<std::chrono::microseconds>(time.time_since_epoch()).count();
-}
-
 void record(Totals& totals, std::size_t client, std::string_view bytes, bool binary,
             Clock::time_point received, std::size_t expectedPoints) {
   const auto decoded = binary ? stampAndPoints(bytes) : std::nullopt;
@@ -110,7 +108,8 @@ void record(Totals& totals, std::size_t client, std::string_view bytes, bool bin
     return;
   }
   const auto [sent, points] = *decoded;
-  totals.latencyMs.push_back(static_cast<float>((microsecondsOf(received) - sent) / 1e3));
+  totals.latencyMs.push_back(
+      static_cast<float>((SwarmFigures::microsecondsOf(received) - sent) / 1e3));
   ++totals.frames;
   ++totals.framesPerClient[client];
   totals.lastFrame = Clock::now();
@@ -123,32 +122,22 @@ void record(Totals& totals, std::size_t client, std::string_view bytes, bool bin
 }  // namespace
 
 int main(int argc, char** argv) {
-  halvor::bench::SwarmOptions options;
-  options.session = "bench-session";
-  options.target = "/1/ws/graphics/spectrum";
-  int clients = 0;
-  int quietSeconds = 4;
+  halvor::bench::ClientArguments arguments;
   std::size_t points = 8192;
-  for (int i = 1; i + 1 < argc; i += 2) {
-    const std::string option = argv[i];
-    if (option == "--port") {
-      options.port = std::atoi(argv[i + 1]);
-    } else if (option == "--clients") {
-      clients = std::atoi(argv[i + 1]);
-    } else if (option == "--points") {
-      points = static_cast<std::size_t>(std::atoi(argv[i + 1]));
-    } else if (option == "--session") {
-      options.session = argv[i + 1];
-    } else if (option == "--quiet-seconds") {
-      quietSeconds = std::atoi(argv[i + 1]);
-    }
-  }
-  if (options.port == 0 || clients <= 0) {
+  const bool parsed = halvor::bench::ClientArguments::parse(
+      argc, argv,
+      {{"--points",
+        [&](const std::string& value) {
+          points = static_cast<std::size_t>(std::atoi(value.c_str()));
+        }}},
+      arguments);
+  if (!parsed) {
     std::cerr << "usage: bench-graphics-spectrum-client --port P --clients N [--points P] "
                  "[--session S] [--quiet-seconds Q]\n";
     return 2;
   }
-  options.clients = static_cast<std::size_t>(clients);
+  halvor::bench::SwarmOptions& options = arguments.swarm;
+  options.target = "/1/ws/graphics/spectrum";
   Totals totals;
   totals.framesPerClient.assign(options.clients, 0);
   totals.lastStamp.assign(options.clients, 0);
@@ -159,22 +148,13 @@ int main(int argc, char** argv) {
         record(totals, client, bytes, binary, received, points);
       },
       [&](const halvor::bench::SwarmCounts& swarm) {
-        const bool quiet = totals.frames > 0 &&
-                           Clock::now() - totals.lastFrame > std::chrono::seconds(quietSeconds);
-        const bool settled = swarm.subscribed + swarm.failed >= options.clients;
-        return quiet || (settled && swarm.subscribed <= swarm.closed);
+        return SwarmFigures::quietOrGone(swarm, options.clients, totals.frames, totals.lastFrame,
+                                         arguments.quietSeconds);
       });
-  const std::size_t live = counts.subscribed - std::min(counts.subscribed, counts.closed);
-  std::vector<std::size_t> perClient = totals.framesPerClient;
-  std::sort(perClient.begin(), perClient.end());
-  std::vector<float> latencies = totals.latencyMs;
-  const double p50 = SubscriberSwarm::percentile(latencies, 0.50);
-  const double p99 = SubscriberSwarm::percentile(latencies, 0.99);
-  const double max = latencies.empty() ? 0 : *std::max_element(latencies.begin(), latencies.end());
-  std::cout << "clients " << clients << " subscribed " << counts.subscribed << " live " << live
-            << " frames_received " << totals.frames << " per_client_min " << perClient.front()
-            << " per_client_max " << perClient.back() << " repeated_or_old " << totals.repeatedOrOld
-            << " wrong_points " << totals.wrongPoints << " undecodable " << totals.undecodable
-            << " p50_ms " << p50 << " p99_ms " << p99 << " max_ms " << max << std::endl;
+  SwarmFigures::printHead(std::cout, arguments.clients, counts, totals.frames,
+                          totals.framesPerClient);
+  std::cout << " repeated_or_old " << totals.repeatedOrOld << " wrong_points " << totals.wrongPoints
+            << " undecodable " << totals.undecodable;
+  SwarmFigures::printLatency(std::cout, totals.latencyMs);
   return 0;
 }

@@ -5,7 +5,7 @@
 #   bench-graphics-spectrum-server --clients N --points 8192 --rate 10 --duration 30 --threads 2
 # (the simulated host and the plug-in in one process; once every client is subscribed it writes
 # a new trace of 8,192 points 10 times a second for 30 s, stamping each change), then
-#   bench-graphics-spectrum-client --port P --clients N --points 8192
+#   bench-graphics-spectrum-client --clients N --points 8192 --port P
 # (N subscribers plus one socket pinging "/1/ws/ping" every second; one process, one thread),
 # and prints both summaries with the frames each live client should have received, the frames
 # missing and the p50/p99/max latency from the change to its receipt. Every push renders the
@@ -30,20 +30,12 @@ source bench/common.sh
 
 echo "machine: $(nproc) cores, load $(cut -d' ' -f1-3 /proc/loadavg) at the start"
 for n in $clients_list; do
-  "$server" --clients "$n" --points "$points" --rate "$rate" --duration "$duration" \
-    --threads "$threads" > "$work/server.out" &
-  server_pid=$!
-  pids+=("$server_pid")
-  port=$(ready_port "$work/server.out")
-  "$client" --port "$port" --clients "$n" --points "$points" > "$work/client.out"
-  stop_when_updated "$server_pid" "$work/server.out"
-  changes=$(awk '/^updated/ {print $2}' "$work/server.out")
-  live=$(grep -o 'live [0-9]*' "$work/client.out" | cut -d' ' -f2)
-  received=$(grep -o 'frames_received [0-9]*' "$work/client.out" | cut -d' ' -f2)
+  server_command=("$server" --clients "$n" --points "$points" --rate "$rate" --duration "$duration"
+    --threads "$threads")
+  client_command=("$client" --clients "$n" --points "$points")
+  fanout_pass server_command client_command
   echo "N=$n points=$points rate=${rate}/s duration=${duration}s threads=$threads" \
     "(load $(cut -d' ' -f1-3 /proc/loadavg))"
-  sed 's/^/  client: /' "$work/client.out"
-  grep -E '^(connected|updated)' "$work/server.out" | sed 's/^/  server: /'
-  echo "  frames expected $((changes * live)) (changes $changes x live clients $live)," \
-    "received $received, missing $((changes * live - received))"
+  fanout_summaries
+  fanout_missing
 done

@@ -43,33 +43,7 @@ echo "spectrum: $points points, $(curl -s "${cookie[@]}" "$spectrum_url" | wc -c
 start_plaintext
 profile_if_asked "$sim_pid" "$spectrum_url" "${cookie[@]}"
 
-echo "machine: $(nproc) cores, load $(cut -d' ' -f1-3 /proc/loadavg) at the start"
-taskset -c 1 wrk -t1 -c64 -d2s "${cookie[@]}" "$spectrum_url" > /dev/null
-taskset -c 1 wrk -t1 -c64 -d2s "$plaintext_url" > /dev/null
-printf '%-4s %-34s %12s %10s %10s %14s\n' "run" "route (1 I/O thread, -c64)" "requests/s" \
-  "p50" "p99" "server CPU/req"
-plain_rows=()
-spectrum_rows=()
-ratios=()
-for run in $(seq 1 "$runs"); do
-  plain=$(measure "$plain_pid" "$plaintext_url")
-  spectrum=$(measure "$sim_pid" "$spectrum_url" "${cookie[@]}")
-  plain_rows+=("$plain")
-  spectrum_rows+=("$spectrum")
-  ratios+=("$(awk -v d="${spectrum%% *}" -v p="${plain%% *}" 'BEGIN {printf "%.4f", d / p}')")
-  for pair in "plaintext:$plain" "spectrum:$spectrum"; do
-    read -r rps p50 p99 cpu <<<"${pair#*:}"
-    printf '%-4s %-34s %12s %10s %10s %12s us\n' "$run" "${pair%%:*}" "$rps" "$p50" "$p99" "$cpu"
-  done
-done
-middle=$(((runs + 1) / 2))
-plain=$(printf '%s\n' "${plain_rows[@]}" | sort -n | sed -n "${middle}p")
-spectrum=$(printf '%s\n' "${spectrum_rows[@]}" | sort -n | sed -n "${middle}p")
-ratio=$(printf '%s\n' "${ratios[@]}" | sort -n | sed -n "${middle}p")
-echo "medians of $runs runs (load $(cut -d' ' -f1-3 /proc/loadavg) at the end):"
-read -r rps p50 p99 cpu <<<"$plain"
-printf '%-39s %12s %10s %10s %12s us\n' "web layer GET /plaintext" "$rps" "$p50" "$p99" "$cpu"
-read -r rps p50 p99 cpu <<<"$spectrum"
-printf '%-39s %12s %10s %10s %12s us\n' "GET /1/api/graphics/spectrum (8192)" "$rps" "$p50" \
-  "$p99" "$cpu"
-echo "spectrum / plaintext requests/s, median of the $runs pairs: $ratio"
+beside_plaintext spectrum "$sim_pid" "$spectrum_url" cookie
+median_row "web layer GET /plaintext" "${medians[plaintext]}"
+median_row "GET /1/api/graphics/spectrum (8192)" "${medians[spectrum]}"
+echo "spectrum / plaintext requests/s, median of the $runs pairs: ${ratios[spectrum]}"

@@ -8,7 +8,6 @@
 //        [--quiet-seconds Q]
 // Prints "subscribed N" once every first frame arrived, and a summary when no frame has come for
 // Q seconds (default 4) after the first one, or when every subscriber failed or was closed.
-#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
@@ -17,11 +16,14 @@
 #include <string>
 #include <vector>
 
+#include "ClientArguments.h"
 #include "SubscriberSwarm.h"
+#include "SwarmFigures.h"
 #include "halvor/protobuf/Monitoring.pb.h"
 
 using halvor::bench::Clock;
 using halvor::bench::SubscriberSwarm;
+using halvor::bench::SwarmFigures;
 
 namespace {
 
@@ -35,10 +37,6 @@ struct Totals {
   Clock::time_point lastFrame{};
 };
 
-std::int64_t microsecondsOf(Clock::time_point time) {
-  return std::chrono::duration_cast<std::chrono::microseconds>(time.time_since_epoch()).count();
-}
-
 void record(Totals& totals, std::size_t client, std::string_view bytes, bool binary,
             Clock::time_point received) {
   halvor::protobuf::Meter meter;
@@ -49,7 +47,8 @@ void record(Totals& totals, std::size_t client, std::string_view bytes, bool bin
   }
   const auto sent =
       static_cast<std::int64_t>(meter.value().values().at("value").doublevalue().value());
-  totals.latencyMs.push_back(static_cast<float>((microsecondsOf(received) - sent) / 1e3));
+  totals.latencyMs.push_back(
+      static_cast<float>((SwarmFigures::microsecondsOf(received) - sent) / 1e3));
   ++totals.frames;
   ++totals.framesPerClient[client];
   totals.lastFrame = Clock::now();
@@ -61,30 +60,16 @@ void record(Totals& totals, std::size_t client, std::string_view bytes, bool bin
 }  // namespace
 
 int main(int argc, char** argv) {
-  halvor::bench::SwarmOptions options;
-  options.session = "bench-session";
-  int clients = 0;
-  int quietSeconds = 4;
+  halvor::bench::ClientArguments arguments;
   std::string group;
-  for (int i = 1; i + 1 < argc; i += 2) {
-    const std::string option = argv[i];
-    if (option == "--port")
-      options.port = std::atoi(argv[i + 1]);
-    else if (option == "--clients")
-      clients = std::atoi(argv[i + 1]);
-    else if (option == "--group")
-      group = argv[i + 1];
-    else if (option == "--session")
-      options.session = argv[i + 1];
-    else if (option == "--quiet-seconds")
-      quietSeconds = std::atoi(argv[i + 1]);
-  }
-  if (options.port == 0 || clients <= 0 || group.empty()) {
+  const bool parsed = halvor::bench::ClientArguments::parse(
+      argc, argv, {{"--group", [&](const std::string& value) { group = value; }}}, arguments);
+  if (!parsed || group.empty()) {
     std::cerr << "usage: bench-monitoring-meter-client --port P --clients N --group PATH "
                  "[--session S] [--quiet-seconds Q]\n";
     return 2;
   }
-  options.clients = static_cast<std::size_t>(clients);
+  halvor::bench::SwarmOptions& options = arguments.swarm;
   options.target = "/1/ws/meters/group?path=" + SubscriberSwarm::urlEncoded(group);
 
   Totals totals;
@@ -98,23 +83,13 @@ int main(int argc, char** argv) {
       },
       [&](const halvor::bench::SwarmCounts& swarm) {
         // Done when the frames have stopped, or when no subscriber is left to wait for.
-        const bool quiet = totals.frames > 0 &&
-                           Clock::now() - totals.lastFrame > std::chrono::seconds(quietSeconds);
-        const bool settled = swarm.subscribed + swarm.failed >= options.clients;
-        return quiet || (settled && swarm.subscribed <= swarm.closed);
+        return SwarmFigures::quietOrGone(swarm, options.clients, totals.frames, totals.lastFrame,
+                                         arguments.quietSeconds);
       });
 
-  const std::size_t live = counts.subscribed - std::min(counts.subscribed, counts.closed);
-  std::vector<std::size_t> perClient = totals.framesPerClient;
-  std::sort(perClient.begin(), perClient.end());
-  std::vector<float> latencies = totals.latencyMs;
-  const double p50 = SubscriberSwarm::percentile(latencies, 0.50);
-  const double p99 = SubscriberSwarm::percentile(latencies, 0.99);
-  const double max = latencies.empty() ? 0 : *std::max_element(latencies.begin(), latencies.end());
-  std::cout << "clients " << clients << " subscribed " << counts.subscribed << " live " << live
-            << " frames_received " << totals.frames << " per_client_min " << perClient.front()
-            << " per_client_max " << perClient.back() << " repeated_or_old " << totals.repeatedOrOld
-            << " undecodable " << totals.undecodable << " p50_ms " << p50 << " p99_ms " << p99
-            << " max_ms " << max << std::endl;
+  SwarmFigures::printHead(std::cout, arguments.clients, counts, totals.frames,
+                          totals.framesPerClient);
+  std::cout << " repeated_or_old " << totals.repeatedOrOld << " undecodable " << totals.undecodable;
+  SwarmFigures::printLatency(std::cout, totals.latencyMs);
   return 0;
 }

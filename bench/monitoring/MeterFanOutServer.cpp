@@ -13,27 +13,22 @@
 //        [--duration D] [--threads T] [--burst 1]
 // Prints "ready <http port>", then "connected ...", then "updated <changes> ..." once the last
 // change has been dispatched; SIGINT or SIGTERM stops it.
-#include <sys/resource.h>
-
 #include <algorithm>
-#include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <iostream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "EmbeddedHost.h"
-#include "kelo/handlers/ws/ResourceListenerManager.h"
-#include "kelo/web/HttpAppFramework.h"
+#include "HostLoop.h"
+#include "ServerSteps.h"
 #include "sim/SimTavel.h"
 #include "tavelabi/Resource.h"
 #include "tavelabi/ResourceAction.h"
 
 namespace halvor::kelo::bench {
 
-using Clock = std::chrono::steady_clock;
 using tavelabi::Resource;
 using tavelabi::ResourceValue;
 constexpr const char* kCollection = "/bench/meters";
@@ -48,27 +43,6 @@ struct Options {
   bool burst = false;
 };
 
-double cpuSeconds() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
-         (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
-std::size_t subscribedClients() {
-  std::size_t total = 0;
-  for (const auto& entry : web::app().getPlugin<ResourceListenerManager>()->clientCounts()) {
-    total += entry.second;
-  }
-  return total;
-}
-
-double stampNow() {
-  return static_cast<double>(
-      std::chrono::duration_cast<std::chrono::microseconds>(Clock::now().time_since_epoch())
-          .count());
-}
-
 void create(sim::SimTavel& host, const std::string& path, const Resource& resource) {
   tavelabi::ResourceAction action(tavelabi::CCRUD::Create, path, resource, nullptr, "");
   host.processInternalAction(action);
@@ -82,7 +56,7 @@ std::vector<std::string> seedMeters(sim::SimTavel& host, const Options& options)
     const int group = m % options.groups;
     const std::string groupPath = std::string(kCollection) + "/group" + std::to_string(group);
     const std::string path = groupPath + "/meter" + std::to_string(m);
-    Resource meter{ResourceValue(stampNow())};
+    Resource meter{ResourceValue(ServerSteps::stampMicroseconds())};
     meter.addValue("guid", ResourceValue("bench-meter-" + std::to_string(m)));
     meter.addValue("path", ResourceValue(path));
     meter.addValue("label", ResourceValue("Meter " + std::to_string(m)));
@@ -115,32 +89,24 @@ std::vector<std::string> seedMeters(sim::SimTavel& host, const Options& options)
 
 void move(sim::SimTavel& host, const std::string& path) {
   tavelabi::ResourceAction action(tavelabi::CCRUD::Update, path,
-                                  Resource(ResourceValue(stampNow())), nullptr, "");
+                                  Resource(ResourceValue(ServerSteps::stampMicroseconds())),
+                                  nullptr, "");
   host.processInternalAction(action);
 }
 
 bool parse(int argc, char** argv, Options& options) {
-  for (int i = 1; i + 1 < argc; i += 2) {
-    const std::string option = argv[i];
-    const int value = std::atoi(argv[i + 1]);
-    if (option == "--clients")
-      options.clients = value;
-    else if (option == "--meters")
-      options.meters = value;
-    else if (option == "--groups")
-      options.groups = value;
-    else if (option == "--rate")
-      options.rate = value;
-    else if (option == "--duration")
-      options.duration = value;
-    else if (option == "--threads")
-      options.threads = value;
-    else if (option == "--burst")
-      options.burst = value != 0;
-    else
-      return false;
-  }
-  return options.clients > 0 && options.meters > 0 && options.groups > 0 && options.rate > 0;
+  int burst = 0;
+  const bool known = ServerSteps::parse(argc, argv,
+                                        {{"--clients", &options.clients},
+                                         {"--meters", &options.meters},
+                                         {"--groups", &options.groups},
+                                         {"--rate", &options.rate},
+                                         {"--duration", &options.duration},
+                                         {"--threads", &options.threads},
+                                         {"--burst", &burst}});
+  options.burst = burst != 0;
+  return known && options.clients > 0 && options.meters > 0 && options.groups > 0 &&
+         options.rate > 0;
 }
 
 int run(int argc, char** argv) {
@@ -151,60 +117,33 @@ int run(int argc, char** argv) {
     return 2;
   }
   const int signalFd = StopSignals::block();
-  EmbeddedHost::Options hostOptions;
-  hostOptions.name = "bench-monitoring-meter-server";
-  hostOptions.ioThreads = options.threads;
-  hostOptions.debugLog = false;
-  EmbeddedHost embedded(hostOptions);
+  EmbeddedHost embedded(ServerSteps::hostOptions("bench-monitoring-meter-server", options.threads));
   sim::SimTavel& host = embedded.host();
-  host.addUser({"bench", "bench", "read-only", {}});
-  host.openSession("bench", "bench-session");
+  ServerSteps::openBenchSession(host);
   const std::vector<std::string> meters = seedMeters(host, options);
   if (!embedded.start()) return 1;
-
-  // The host's loop: the plug-in's timed tasks, about 100 passes a second.
-  std::atomic<bool> stopping{false};
-  std::thread hostLoop([&] {
-    while (!stopping.load()) {
-      embedded.runHostPass();
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-  });
+  const HostLoop hostLoop(embedded);
 
   std::cout << "ready " << embedded.application().getListeners()[0].toPort() << std::endl;
-  const auto connectDeadline = Clock::now() + std::chrono::seconds(300);
-  while (subscribedClients() < static_cast<std::size_t>(options.clients) &&
-         Clock::now() < connectDeadline) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  std::this_thread::sleep_for(std::chrono::seconds(2));  // every client subscribed and idle
-  std::cout << "connected " << subscribedClients() << std::endl;
+  ServerSteps::waitForClients(static_cast<std::size_t>(options.clients));
+  std::cout << "connected " << ServerSteps::subscribedClients() << std::endl;
 
-  const double cpuBefore = cpuSeconds();
-  const auto start = Clock::now();
   const auto period = std::chrono::nanoseconds(1'000'000'000 / options.rate);
   const auto step = options.burst ? std::chrono::nanoseconds(0) : period / options.meters;
   long changes = 0;
-  for (int round = 0; round < options.rate * options.duration; ++round) {
-    const auto roundStart = start + round * period;
-    for (std::size_t m = 0; m < meters.size(); ++m) {
-      std::this_thread::sleep_until(roundStart + static_cast<long>(m) * step);
-      move(host, meters[m]);
-      ++changes;
-    }
-  }
-  std::this_thread::sleep_until(start + options.rate * options.duration * period);
-  host.waitForListeners();
-  const double wall = std::chrono::duration<double>(Clock::now() - start).count();
-  const double cpu = cpuSeconds() - cpuBefore;
-  std::cout << "updated " << changes << " meters " << meters.size() << " wall_s " << wall
-            << " cpu_s " << cpu << " cpu_percent " << 100.0 * cpu / wall << std::endl;
+  const ServerSteps::Measured measured = ServerSteps::timedRounds(
+      host, options.rate, options.duration, [&](const ServerSteps::Round& round) {
+        for (std::size_t m = 0; m < meters.size(); ++m) {
+          std::this_thread::sleep_until(round.start + static_cast<long>(m) * step);
+          move(host, meters[m]);
+          ++changes;
+        }
+      });
+  std::cout << "updated " << changes << " meters " << meters.size() << " wall_s "
+            << measured.wallSeconds << " cpu_s " << measured.cpuSeconds << " cpu_percent "
+            << measured.cpuPercent() << std::endl;
 
-  while (!StopSignals::arrived(signalFd)) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  stopping = true;
-  hostLoop.join();
+  ServerSteps::waitForStop(signalFd);
   return 0;
 }
 

@@ -31,20 +31,12 @@ source bench/common.sh
 
 echo "machine: $(nproc) cores, load $(cut -d' ' -f1-3 /proc/loadavg) at the start"
 for n in $clients_list; do
-  "$server" --clients "$n" --meters 100 --groups 4 --rate "$rate" --duration "$duration" \
-    --threads "$threads" --burst "$burst" > "$work/server.out" &
-  server_pid=$!
-  pids+=("$server_pid")
-  port=$(ready_port "$work/server.out")
-  "$client" --port "$port" --clients "$n" --group /bench/meters > "$work/client.out"
-  stop_when_updated "$server_pid" "$work/server.out"
-  changes=$(awk '/^updated/ {print $2}' "$work/server.out")
-  live=$(grep -o 'live [0-9]*' "$work/client.out" | cut -d' ' -f2)
-  received=$(grep -o 'frames_received [0-9]*' "$work/client.out" | cut -d' ' -f2)
+  server_command=("$server" --clients "$n" --meters 100 --groups 4 --rate "$rate" --duration "$duration"
+    --threads "$threads" --burst "$burst")
+  client_command=("$client" --clients "$n" --group /bench/meters)
+  fanout_pass server_command client_command
   echo "N=$n meters=100 rate=${rate}/s duration=${duration}s burst=$burst threads=$threads" \
     "(load $(cut -d' ' -f1-3 /proc/loadavg))"
-  sed 's/^/  client: /' "$work/client.out"
-  grep -E '^(connected|updated)' "$work/server.out" | sed 's/^/  server: /'
-  echo "  frames expected $((changes * live)) (changes $changes x live clients $live)," \
-    "received $received, missing $((changes * live - received))"
+  fanout_summaries
+  fanout_missing
 done

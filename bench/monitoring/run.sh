@@ -50,33 +50,7 @@ echo "dashboard: $collections collections, $groups groups, $meters meters ($valu
 start_plaintext
 profile_if_asked "$sim_pid" "$dashboard_url" "${cookie[@]}"
 
-echo "machine: $(nproc) cores, load $(cut -d' ' -f1-3 /proc/loadavg) at the start"
-taskset -c 1 wrk -t1 -c64 -d2s "${cookie[@]}" "$dashboard_url" > /dev/null
-taskset -c 1 wrk -t1 -c64 -d2s "$plaintext_url" > /dev/null
-printf '%-4s %-34s %12s %10s %10s %14s\n' "run" "route (1 I/O thread, -c64)" "requests/s" \
-  "p50" "p99" "server CPU/req"
-plain_rows=()
-dash_rows=()
-ratios=()
-for run in $(seq 1 "$runs"); do
-  plain=$(measure "$plain_pid" "$plaintext_url")
-  dash=$(measure "$sim_pid" "$dashboard_url" "${cookie[@]}")
-  plain_rows+=("$plain")
-  dash_rows+=("$dash")
-  ratios+=("$(awk -v d="${dash%% *}" -v p="${plain%% *}" 'BEGIN {printf "%.4f", d / p}')")
-  for pair in "plaintext:$plain" "dashboard:$dash"; do
-    read -r rps p50 p99 cpu <<<"${pair#*:}"
-    printf '%-4s %-34s %12s %10s %10s %12s us\n' "$run" "${pair%%:*}" "$rps" "$p50" "$p99" "$cpu"
-  done
-done
-middle=$(((runs + 1) / 2))
-plain=$(printf '%s\n' "${plain_rows[@]}" | sort -n | sed -n "${middle}p")
-dash=$(printf '%s\n' "${dash_rows[@]}" | sort -n | sed -n "${middle}p")
-ratio=$(printf '%s\n' "${ratios[@]}" | sort -n | sed -n "${middle}p")
-echo "medians of $runs runs (load $(cut -d' ' -f1-3 /proc/loadavg) at the end):"
-read -r rps p50 p99 cpu <<<"$plain"
-printf '%-39s %12s %10s %10s %12s us\n' "web layer GET /plaintext" "$rps" "$p50" "$p99" "$cpu"
-read -r rps p50 p99 cpu <<<"$dash"
-printf '%-39s %12s %10s %10s %12s us\n' "GET /1/api/meters/dashboard/available" "$rps" "$p50" \
-  "$p99" "$cpu"
-echo "dashboard / plaintext requests/s, median of the $runs pairs: $ratio"
+beside_plaintext dashboard "$sim_pid" "$dashboard_url" cookie
+median_row "web layer GET /plaintext" "${medians[plaintext]}"
+median_row "GET /1/api/meters/dashboard/available" "${medians[dashboard]}"
+echo "dashboard / plaintext requests/s, median of the $runs pairs: ${ratios[dashboard]}"

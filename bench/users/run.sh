@@ -62,41 +62,13 @@ kill "$wrk_pid" 2>/dev/null || true
 wait "$wrk_pid" 2>/dev/null || true
 hash_us=$(hash_us <<<"$loaded_line")
 
-echo "machine: $(nproc) cores, load $(cut -d' ' -f1-3 /proc/loadavg) at the start"
-taskset -c 1 wrk -t1 -c64 -d2s "$plaintext_url" > /dev/null
-taskset -c 1 wrk -t1 -c64 -d2s "${cookie[@]}" "$authenticated_url" > /dev/null
-taskset -c 1 wrk -t1 -c64 -d2s "${login[@]}" "$login_url" > /dev/null
-printf '%-4s %-34s %12s %10s %10s %14s\n' "run" "route (1 I/O thread, -c64)" "requests/s" \
-  "p50" "p99" "server CPU/req"
-plain_rows=()
-auth_rows=()
-login_rows=()
-auth_ratios=()
-login_ratios=()
-for run in $(seq 1 "$runs"); do
-  plain=$(measure "$plain_pid" "$plaintext_url")
-  auth=$(measure "$sim_pid" "$authenticated_url" "${cookie[@]}")
-  logged=$(measure "$sim_pid" "$login_url" "${login[@]}")
-  plain_rows+=("$plain")
-  auth_rows+=("$auth")
-  login_rows+=("$logged")
-  auth_ratios+=("$(awk -v a="${auth%% *}" -v p="${plain%% *}" 'BEGIN {printf "%.4f", a / p}')")
-  login_ratios+=("$(awk -v a="${logged%% *}" -v p="${plain%% *}" 'BEGIN {printf "%.4f", a / p}')")
-  for pair in "plaintext:$plain" "authenticated:$auth" "login:$logged"; do
-    read -r rps p50 p99 cpu <<<"${pair#*:}"
-    printf '%-4s %-34s %12s %10s %10s %12s us\n' "$run" "${pair%%:*}" "$rps" "$p50" "$p99" "$cpu"
-  done
-done
-middle=$(((runs + 1) / 2))
-pick() { printf '%s\n' "$@" | sort -n | sed -n "${middle}p"; }
-plain=$(pick "${plain_rows[@]}")
-auth=$(pick "${auth_rows[@]}")
-logged=$(pick "${login_rows[@]}")
-echo "medians of $runs runs (load $(cut -d' ' -f1-3 /proc/loadavg) at the end):"
-row "web layer GET /plaintext" "$plain"
-row "GET /1/api/authenticated" "$auth"
+beside_plaintext authenticated "$sim_pid" "$authenticated_url" cookie \
+  login "$sim_pid" "$login_url" login
+logged=${medians[login]}
+row "web layer GET /plaintext" "${medians[plaintext]}"
+row "GET /1/api/authenticated" "${medians[authenticated]}"
 row "POST /1/api/login" "$logged"
-echo "authenticated/plaintext: $(pick "${auth_ratios[@]}"), login/plaintext: $(pick "${login_ratios[@]}")"
+echo "authenticated/plaintext: ${ratios[authenticated]}, login/plaintext: ${ratios[login]}"
 echo "other CPU idle:  $hash_line"
 echo "other CPU busy:  $loaded_line"
 read -r _ _ _ login_cpu <<<"$logged"

@@ -13,11 +13,14 @@
 #include <string>
 #include <vector>
 
+#include "ClientArguments.h"
 #include "SubscriberSwarm.h"
+#include "SwarmFigures.h"
 #include "halvor/protobuf/Resource.pb.h"
 
 using halvor::bench::Clock;
 using halvor::bench::SubscriberSwarm;
+using halvor::bench::SwarmFigures;
 
 namespace {
 
@@ -52,27 +55,13 @@ void record(Totals& totals, std::size_t client, std::string_view bytes, bool bin
 }  // namespace
 
 int main(int argc, char** argv) {
-  halvor::bench::SwarmOptions options;
-  options.session = "bench-session";
-  options.target = "/1/ws/resource?path=%2Fbench%2Ffanout";
-  int clients = 0;
-  int quietSeconds = 4;
-  for (int i = 1; i + 1 < argc; i += 2) {
-    const std::string option = argv[i];
-    if (option == "--port")
-      options.port = std::atoi(argv[i + 1]);
-    else if (option == "--clients")
-      clients = std::atoi(argv[i + 1]);
-    else if (option == "--session")
-      options.session = argv[i + 1];
-    else if (option == "--quiet-seconds")
-      quietSeconds = std::atoi(argv[i + 1]);
-  }
-  if (options.port == 0 || clients <= 0) {
+  halvor::bench::ClientArguments arguments;
+  if (!halvor::bench::ClientArguments::parse(argc, argv, {}, arguments)) {
     std::cerr << "usage: bench-ws-fanout-client --port P --clients N [--session S]\n";
     return 2;
   }
-  options.clients = static_cast<std::size_t>(clients);
+  halvor::bench::SwarmOptions& options = arguments.swarm;
+  options.target = "/1/ws/resource?path=%2Fbench%2Ffanout";
 
   Totals totals;
   totals.lastSequence.assign(options.clients, 0);
@@ -83,19 +72,14 @@ int main(int argc, char** argv) {
         record(totals, client, bytes, binary, received);
       },
       [&](const halvor::bench::SwarmCounts&) {
-        return totals.frames > 0 &&
-               Clock::now() - totals.lastPush > std::chrono::seconds(quietSeconds);
+        return SwarmFigures::quiet(totals.frames, totals.lastPush, arguments.quietSeconds);
       });
 
-  const std::size_t live = counts.subscribed - std::min(counts.subscribed, counts.closed);
+  const std::size_t live = SwarmFigures::live(counts);
   const std::size_t expected = live * static_cast<std::size_t>(totals.maxSequence);
-  std::vector<float> latencies = totals.latencyMs;
-  const double p50 = SubscriberSwarm::percentile(latencies, 0.50);
-  const double p99 = SubscriberSwarm::percentile(latencies, 0.99);
-  const double max = latencies.empty() ? 0 : *std::max_element(latencies.begin(), latencies.end());
-  std::cout << "clients " << clients << " subscribed " << counts.subscribed << " closed "
+  std::cout << "clients " << arguments.clients << " subscribed " << counts.subscribed << " closed "
             << counts.closed << " updates " << totals.maxSequence << " frames_expected " << expected
-            << " frames_received " << totals.frames << " out_of_order " << totals.outOfOrder
-            << " p50_ms " << p50 << " p99_ms " << p99 << " max_ms " << max << std::endl;
+            << " frames_received " << totals.frames << " out_of_order " << totals.outOfOrder;
+  SwarmFigures::printLatency(std::cout, totals.latencyMs);
   return 0;
 }

@@ -7,17 +7,15 @@
 //
 // Usage: bench-ws-fanout-server --clients N [--rate R] [--duration D] [--threads T]
 // Prints "ready <http port>", then "connected ...", then "updated ..."; SIGINT or SIGTERM stops it.
-#include <sys/resource.h>
-
-#include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <string>
 #include <thread>
 
 #include "EmbeddedHost.h"
+#include "HostLoop.h"
+#include "ServerSteps.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsListenerInstance.h"
 #include "kelo/web/HttpAppFramework.h"
@@ -43,13 +41,6 @@ long rssKb() {
   return 0;
 }
 
-double cpuSeconds() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
-         (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
 std::size_t subscribedClients() {
   const auto counts = web::app().getPlugin<ResourceListenerManager>()->clientCounts();
   auto found = counts.find(kPath);
@@ -70,34 +61,21 @@ int run(int argc, char** argv) {
   int clients = 0;
   int rate = 20;
   int duration = 30;
-  for (int i = 1; i + 1 < argc; i += 2) {
-    const std::string option = argv[i];
-    const int value = std::atoi(argv[i + 1]);
-    if (option == "--threads")
-      threads = value;
-    else if (option == "--clients")
-      clients = value;
-    else if (option == "--rate")
-      rate = value;
-    else if (option == "--duration")
-      duration = value;
-    else {
-      std::cerr << "usage: bench-ws-fanout-server --clients N [--rate R] [--duration D] "
-                   "[--threads T]\n";
-      return 2;
-    }
+  if (!ServerSteps::parse(argc, argv,
+                          {{"--threads", &threads},
+                           {"--clients", &clients},
+                           {"--rate", &rate},
+                           {"--duration", &duration}})) {
+    std::cerr << "usage: bench-ws-fanout-server --clients N [--rate R] [--duration D] "
+                 "[--threads T]\n";
+    return 2;
   }
   if (clients <= 0 || rate <= 0) return 2;
 
   const int signalFd = StopSignals::block();
-  EmbeddedHost::Options options;
-  options.name = "bench-ws-fanout-server";
-  options.ioThreads = threads;
-  options.debugLog = false;
-  EmbeddedHost embedded(options);
+  EmbeddedHost embedded(ServerSteps::hostOptions("bench-ws-fanout-server", threads));
   sim::SimTavel& host = embedded.host();
-  host.addUser({"bench", "bench", "read-only", {}});
-  host.openSession("bench", "bench-session");
+  ServerSteps::openBenchSession(host);
   {
     tavelabi::ResourceAction create(tavelabi::CCRUD::Create, kPath,
                                     tavelabi::Resource(tavelabi::ResourceValue(0)), nullptr, "");
@@ -105,26 +83,13 @@ int run(int argc, char** argv) {
   }
   web::HttpAppFramework& application = embedded.application();
   if (!embedded.start()) return 1;
-
-  // The host's loop: the plug-in's timed tasks, about 100 passes a second.
-  std::atomic<bool> stopping{false};
-  std::thread hostLoop([&] {
-    while (!stopping.load()) {
-      embedded.runHostPass();
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-  });
+  const HostLoop hostLoop(embedded);
 
   std::this_thread::sleep_for(std::chrono::milliseconds(500));
   const long rssBase = rssKb();
   std::cout << "ready " << application.getListeners()[0].toPort() << std::endl;
 
-  const auto connectDeadline = Clock::now() + std::chrono::seconds(300);
-  while (subscribedClients() < static_cast<std::size_t>(clients) &&
-         Clock::now() < connectDeadline) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  std::this_thread::sleep_for(std::chrono::seconds(2));  // idle, every client subscribed
+  ServerSteps::waitForClients(static_cast<std::size_t>(clients), subscribedClients);
   const long rssConnected = rssKb();
   const std::size_t subscribed = subscribedClients();
   std::cout << "connected " << subscribed << " rss_base_kb " << rssBase << " rss_connected_kb "
@@ -132,27 +97,15 @@ int run(int argc, char** argv) {
             << (subscribed ? static_cast<double>(rssConnected - rssBase) / subscribed : 0.0)
             << std::endl;
 
-  const double cpuBefore = cpuSeconds();
-  const auto wallStart = Clock::now();
-  const auto period = std::chrono::nanoseconds(1'000'000'000 / rate);
   const int updates = rate * duration;
-  auto next = wallStart;
-  for (int sequence = 1; sequence <= updates; ++sequence) {
-    next += period;
-    update(host, sequence);
-    std::this_thread::sleep_until(next);
-  }
-  host.waitForListeners();
-  const double wall = std::chrono::duration<double>(Clock::now() - wallStart).count();
-  const double cpu = cpuSeconds() - cpuBefore;
-  std::cout << "updated " << updates << " wall_s " << wall << " cpu_s " << cpu << " cpu_percent "
-            << 100.0 * cpu / wall << " rss_kb " << rssKb() << std::endl;
+  const ServerSteps::Measured measured = ServerSteps::timedRounds(
+      host, rate, duration,
+      [&](const ServerSteps::Round& round) { update(host, round.index + 1); });
+  std::cout << "updated " << updates << " wall_s " << measured.wallSeconds << " cpu_s "
+            << measured.cpuSeconds << " cpu_percent " << measured.cpuPercent() << " rss_kb "
+            << rssKb() << std::endl;
 
-  while (!StopSignals::arrived(signalFd)) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  stopping = true;
-  hostLoop.join();
+  ServerSteps::waitForStop(signalFd);
   return 0;
 }
 

@@ -28,13 +28,9 @@ source bench/common.sh
 
 echo "machine: $(nproc) cores, load $(cut -d' ' -f1-3 /proc/loadavg), fd limit $(ulimit -n)"
 for n in $clients_list; do
-  "$server" --clients "$n" --rate "$rate" --duration "$duration" --threads 2 >"$work/server.out" &
-  server_pid=$!
-  pids+=("$server_pid")
-  port=$(ready_port "$work/server.out")
-  "$client" --port "$port" --clients "$n" >"$work/client.out"
-  stop_when_updated "$server_pid" "$work/server.out"
+  server_command=("$server" --clients "$n" --rate "$rate" --duration "$duration" --threads 2)
+  client_command=("$client" --clients "$n")
+  fanout_pass server_command client_command
   echo "N=$n rate=$rate duration=${duration}s"
-  sed 's/^/  client: /' "$work/client.out"
-  grep -E '^(connected|updated)' "$work/server.out" | sed 's/^/  server: /'
+  fanout_summaries
 done

@@ -4,20 +4,9 @@
 #include "kelo/common/MessageJsonWriter.h"
 #include "kelo/common/ResourceDepth.h"
 #include "kelo/common/ResourceJsonWriter.h"
+#include "kelo/common/UnknownFields.h"
 
 namespace halvor::kelo {
-
-namespace {
-
-// Protobuf's printer fails on some unknown fields; they are left to it. The reflection of each
-// (final) message class is looked up once: the lookup costs more than the check.
-template <class Generated>
-bool hasUnknownFields(const Generated& message) {
-  static const google::protobuf::Reflection* const reflection = Generated::GetReflection();
-  return !reflection->GetUnknownFields(message).empty();
-}
-
-}  // namespace
 
 std::string& MeterJsonWriter::Members::next(const char* quotedNameAndColon) {
   if (!first_) {
@@ -30,7 +19,7 @@ std::string& MeterJsonWriter::Members::next(const char* quotedNameAndColon) {
 
 bool MeterJsonWriter::tryPrint(const protobuf::MeterCollectionList& list, int depth,
                                std::string& out) {
-  if (depth > MessageJsonWriter::kMaxNesting || hasUnknownFields(list)) {
+  if (depth > MessageJsonWriter::kMaxNesting || UnknownFields::any(list)) {
     return false;
   }
   out += '{';
@@ -54,7 +43,7 @@ bool MeterJsonWriter::tryPrint(const protobuf::MeterCollectionList& list, int de
 
 bool MeterJsonWriter::tryPrint(const protobuf::MeterCollection& collection, int depth,
                                std::string& out) {
-  if (depth + 1 > MessageJsonWriter::kMaxNesting || hasUnknownFields(collection)) {
+  if (depth + 1 > MessageJsonWriter::kMaxNesting || UnknownFields::any(collection)) {
     return false;
   }
   out += '{';
@@ -84,7 +73,7 @@ bool MeterJsonWriter::tryPrint(const protobuf::MeterCollection& collection, int 
 }
 
 bool MeterJsonWriter::tryPrint(const protobuf::MeterGroup& group, int depth, std::string& out) {
-  if (depth + 1 > MessageJsonWriter::kMaxNesting || hasUnknownFields(group)) {
+  if (depth + 1 > MessageJsonWriter::kMaxNesting || UnknownFields::any(group)) {
     return false;
   }
   out += '{';
@@ -119,7 +108,7 @@ bool MeterJsonWriter::tryPrint(const protobuf::MeterGroup& group, int depth, std
 // The reading is a Resource one message down; ResourceJsonWriter prints it where its deepest
 // value stays within the nesting limit (see MessageJsonWriter::writeResourceFast).
 bool MeterJsonWriter::tryPrint(const protobuf::Meter& meter, int depth, std::string& out) {
-  if (depth + 2 > MessageJsonWriter::kMaxNesting || hasUnknownFields(meter)) {
+  if (depth + 2 > MessageJsonWriter::kMaxNesting || UnknownFields::any(meter)) {
     return false;
   }
   out += '{';
@@ -133,7 +122,7 @@ bool MeterJsonWriter::tryPrint(const protobuf::Meter& meter, int depth, std::str
   if (meter.has_value()) {
     const protobuf::Resource& value = meter.value();
     if (depth + 1 + 2 * ResourceDepth::of(value) + 2 > MessageJsonWriter::kMaxNesting ||
-        hasUnknownFields(value) ||
+        UnknownFields::any(value) ||
         !ResourceJsonWriter::tryPrint(value, members.next("\"value\":"))) {
       return false;
     }
@@ -162,7 +151,7 @@ bool MeterJsonWriter::tryPrint(const protobuf::Meter& meter, int depth, std::str
 }
 
 bool MeterJsonWriter::tryPrint(const protobuf::Device& device, std::string& out) {
-  if (hasUnknownFields(device)) {
+  if (UnknownFields::any(device)) {
     return false;
   }
   out += '{';
@@ -178,15 +167,15 @@ bool MeterJsonWriter::tryPrint(const protobuf::Device& device, std::string& out)
 }
 
 bool MeterJsonWriter::writeText(const google::protobuf::StringValue& text, std::string& out) {
-  return !hasUnknownFields(text) && JsonText::appendString(text.value(), out);
+  return !UnknownFields::any(text) && JsonText::appendString(text.value(), out);
 }
 
 bool MeterJsonWriter::writeNumber(const google::protobuf::DoubleValue& number, std::string& out) {
-  return !hasUnknownFields(number) && JsonText::appendDouble(number.value(), out);
+  return !UnknownFields::any(number) && JsonText::appendDouble(number.value(), out);
 }
 
 bool MeterJsonWriter::writeNumber(const google::protobuf::Int32Value& number, std::string& out) {
-  if (hasUnknownFields(number)) {
+  if (UnknownFields::any(number)) {
     return false;
   }
   out += std::to_string(number.value());

@@ -2,18 +2,11 @@
 
 #include "kelo/common/JsonText.h"
 #include "kelo/common/MessageJsonWriter.h"
+#include "kelo/common/UnknownFields.h"
 
 namespace halvor::kelo {
 
 namespace {
-
-// The reflection of each (final) message class is looked up once: the lookup costs more than
-// the check.
-template <class Generated>
-bool hasUnknownFields(const Generated& message) {
-  static const google::protobuf::Reflection* const reflection = Generated::GetReflection();
-  return !reflection->GetUnknownFields(message).empty();
-}
 
 // About the length of a point's text, so that a long list is not copied as its text grows.
 constexpr std::size_t kPointText = 32;
@@ -40,12 +33,12 @@ bool PointJsonWriter::tryPrint(const google::protobuf::RepeatedFieldRef<protobuf
 
 bool PointJsonWriter::tryPrint(const protobuf::Point& point, int depth, std::string& out) {
   // A point holds wrappers, one level deeper.
-  if (depth + 1 > MessageJsonWriter::kMaxNesting || hasUnknownFields(point)) {
+  if (depth + 1 > MessageJsonWriter::kMaxNesting || UnknownFields::any(point)) {
     return false;
   }
   out += '{';
   if (point.has_y()) {
-    if (hasUnknownFields(point.y())) {
+    if (UnknownFields::any(point.y())) {
       return false;
     }
     out += "\"y\":";
@@ -54,7 +47,7 @@ bool PointJsonWriter::tryPrint(const protobuf::Point& point, int depth, std::str
     }
   }
   if (point.has_x()) {
-    if (hasUnknownFields(point.x())) {
+    if (UnknownFields::any(point.x())) {
       return false;
     }
     out += point.has_y() ? ",\"x\":" : "\"x\":";

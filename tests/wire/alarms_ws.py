@@ -37,34 +37,9 @@ def path_list(paths):
                                                for p in paths]}}}
 
 
-class Heartbeat:
-    """The ping socket: a frame at most every second keeps this address pushable."""
-
-    def __init__(self, sim):
-        self.ws = websocket.create_connection(sim.ws_url("/1/ws/ping"), timeout=5,
-                                              cookie="SessionID=" + VIEWER)
-        self.ws.recv_data()
-        self.last = 0.0
-
-    def beat(self):
-        if time.time() - self.last >= 1.0:
-            self.ws.send("ping")
-            self.ws.recv_data()
-            self.last = time.time()
-
-
 def receive_for(ws, seconds, heartbeat):
     """Every frame that arrives within `seconds`, as (opcode, data)."""
-    frames = []
-    deadline = time.time() + seconds
-    while time.time() < deadline:
-        heartbeat.beat()
-        ws.settimeout(max(0.05, min(0.5, deadline - time.time())))
-        try:
-            frames.append(ws.recv_data())
-        except websocket.WebSocketTimeoutException:
-            continue
-    return frames
+    return [(opcode, data) for _, opcode, data in wire.receive_beating(ws, seconds, heartbeat)]
 
 
 def receive_one(ws, heartbeat, seconds=5.0):
@@ -81,8 +56,7 @@ def receive_one(ws, heartbeat, seconds=5.0):
 
 
 def subscribe(sim, session):
-    return websocket.create_connection(sim.ws_url("/1/ws/alarms/active"), timeout=5,
-                                       cookie="SessionID=" + session)
+    return wire.connect(sim, "/1/ws/alarms/active", session)
 
 
 def run_fixture(sim, checks, schema):
@@ -102,7 +76,7 @@ def run_fixture(sim, checks, schema):
         "resources": resources})
     sim.start(fixtures=[fixture], sessions={VIEWER: "viewer", WRITER: "operator"},
               demo_models=False)
-    heartbeat = Heartbeat(sim)
+    heartbeat = wire.Heartbeat(sim, VIEWER)
 
     def decode(frame):
         opcode, data = frame
@@ -174,7 +148,7 @@ def run_fixture(sim, checks, schema):
                  and frame.data[2:] == b"Invalid session ID.", repr((frame.opcode, frame.data)))
     bad.shutdown()
     sub.close()
-    heartbeat.ws.close()
+    heartbeat.close()
     sim.stop()
 
 
@@ -183,7 +157,7 @@ def run_demo(sim, checks, schema):
         "users": [{"name": "viewer", "password": "viewer-wire", "role": "read-only"}],
         "alarms": {"periodSeconds": 1}})
     sim.start(fixtures=[fixture], sessions={VIEWER: "viewer"})
-    heartbeat = Heartbeat(sim)
+    heartbeat = wire.Heartbeat(sim, VIEWER)
     sub = subscribe(sim, VIEWER)
     opcode, data = receive_one(sub, heartbeat)
     first = schema.AlarmList.FromString(data)
@@ -209,7 +183,7 @@ def run_demo(sim, checks, schema):
                  status == 200 and (rest == last or len(set(rest) ^ set(last)) == 1),
                  repr((status, rest, last)))
     sub.close()
-    heartbeat.ws.close()
+    heartbeat.close()
 
 
 def run(sim, checks):

@@ -143,8 +143,7 @@ def run_fixture(sim, checks, schema):
     checks.check("an unknown session is 440", status == 440, status)
 
     for route, message in WS_MESSAGES.items():
-        ws = websocket.create_connection(sim.ws_url("/1/ws/graphics/" + route), timeout=5,
-                                         cookie="SessionID=" + VIEWER)
+        ws = wire.connect(sim, "/1/ws/graphics/" + route, VIEWER)
         opcode, data = ws.recv_data()
         ws.close()
         decoded = getattr(schema, message).FromString(data)
@@ -193,54 +192,27 @@ def run_fixture(sim, checks, schema):
 
 
 def receive_first(sim, target, session):
-    ws = websocket.create_connection(sim.ws_url(target), timeout=5, cookie="SessionID=" + session)
+    ws = wire.connect(sim, target, session)
     try:
         return ws.recv_data()[1]
     finally:
         ws.close()
 
 
-class Heartbeat:
-    """The ping socket: a frame at most every second keeps this address pushable."""
-
-    def __init__(self, sim, session):
-        self.ws = websocket.create_connection(sim.ws_url("/1/ws/ping"), timeout=5,
-                                              cookie="SessionID=" + session)
-        self.ws.recv_data()
-        self.last = 0.0
-
-    def beat(self):
-        if time.time() - self.last >= 1.0:
-            self.ws.send("ping")
-            self.ws.recv_data()
-            self.last = time.time()
-
-
 def frames_for(ws, seconds, heartbeat):
     """The binary frames that arrive within `seconds`, with their arrival times."""
-    frames = []
-    deadline = time.time() + seconds
-    while time.time() < deadline:
-        heartbeat.beat()
-        ws.settimeout(max(0.05, min(0.3, deadline - time.time())))
-        try:
-            opcode, data = ws.recv_data()
-        except websocket.WebSocketTimeoutException:
-            continue
-        except (websocket.WebSocketConnectionClosedException, ConnectionError):
-            break
-        if opcode == websocket.ABNF.OPCODE_BINARY:
-            frames.append((time.time(), data))
-    return frames
+    return [(arrival, data)
+            for arrival, opcode, data in wire.receive_beating(ws, seconds, heartbeat, poll=0.3,
+                                                              until_closed=True)
+            if opcode == websocket.ABNF.OPCODE_BINARY]
 
 
 def run_model(sim, checks, schema):
     fixture = sim.fixture("graphics-model", {"users": USERS, "models": ["graphics"]})
     sim.start(fixtures=[fixture], sessions={VIEWER: "viewer", IDLE: "viewer", ACTIVE: "viewer"},
               demo_models=False, extra=["--session-timeout", "3"])
-    heartbeat = Heartbeat(sim, VIEWER)
-    spectrum_ws = websocket.create_connection(sim.ws_url("/1/ws/graphics/spectrum"), timeout=5,
-                                              cookie="SessionID=" + VIEWER)
+    heartbeat = wire.Heartbeat(sim, VIEWER)
+    spectrum_ws = wire.connect(sim, "/1/ws/graphics/spectrum", VIEWER)
     frames = frames_for(spectrum_ws, 2.0, heartbeat)
     spectra = [schema.Spectrum.FromString(data) for _, data in frames]
     checks.check("the spectrum is pushed about ten times a second",
@@ -254,10 +226,8 @@ def run_model(sim, checks, schema):
 
     # IDLE only watches a spectrum, ACTIVE only the power distribution; neither reads anything
     # else for longer than the session timeout.
-    idle_ws = websocket.create_connection(sim.ws_url("/1/ws/graphics/spectrum"), timeout=5,
-                                          cookie="SessionID=" + IDLE)
-    active_ws = websocket.create_connection(sim.ws_url("/1/ws/graphics/powerdistribution"),
-                                            timeout=5, cookie="SessionID=" + ACTIVE)
+    idle_ws = wire.connect(sim, "/1/ws/graphics/spectrum", IDLE)
+    active_ws = wire.connect(sim, "/1/ws/graphics/powerdistribution", ACTIVE)
     deadline = time.time() + 6.0
     while time.time() < deadline:
         frames_for(idle_ws, 0.2, heartbeat)

@@ -64,8 +64,7 @@ def tree():
 
 
 def connect(sim, target, session=VIEWER):
-    return websocket.create_connection(sim.ws_url(target), timeout=5,
-                                       cookie="SessionID=" + session)
+    return wire.connect(sim, target, session)
 
 
 

@@ -245,6 +245,54 @@ def receive_for(ws, seconds):
     return frames
 
 
+def connect(sim, target, session):
+    """A websocket client of `target` on the plain port, with `session` as its "SessionID"
+    cookie."""
+    import websocket  # Debian's python3-websocket; only the WebSocket tests need it
+    return websocket.create_connection(sim.ws_url(target), timeout=5,
+                                       cookie="SessionID=" + session)
+
+
+class Heartbeat:
+    """The ping socket: a frame at most every second keeps this address pushable."""
+
+    def __init__(self, sim, session):
+        self.ws = connect(sim, "/1/ws/ping", session)
+        self.ws.recv_data()
+        self.last = 0.0
+
+    def beat(self):
+        if time.time() - self.last >= 1.0:
+            self.ws.send("ping")
+            self.ws.recv_data()
+            self.last = time.time()
+
+    def close(self):
+        self.ws.close()
+
+
+def receive_beating(ws, seconds, heartbeat, poll=0.5, until_closed=False):
+    """Every frame that arrives on `ws` within `seconds` as (arrival time, opcode, bytes), the
+    heartbeat beating between waits of at most `poll` seconds. With `until_closed`, a closed
+    connection ends the wait; otherwise its exception goes up."""
+    import websocket  # Debian's python3-websocket; only the WebSocket tests need it
+    frames = []
+    deadline = time.time() + seconds
+    while time.time() < deadline:
+        heartbeat.beat()
+        ws.settimeout(max(0.05, min(poll, deadline - time.time())))
+        try:
+            opcode, data = ws.recv_data()
+        except websocket.WebSocketTimeoutException:
+            continue
+        except (websocket.WebSocketConnectionClosedException, ConnectionError):
+            if until_closed:
+                break
+            raise
+        frames.append((time.time(), opcode, data))
+    return frames
+
+
 # ---- binary Resource frames (halvor.protobuf.Resource) --------------------------------------------
 
 def varint(data, at):

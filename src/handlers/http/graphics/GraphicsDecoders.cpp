@@ -42,6 +42,21 @@ void readTrace(qvector::ByteVectorReader& amplitude, qvector::ByteVectorReader& 
   }
 }
 
+// The correction curves: one unsigned 32-bit word per entry, x its index from 0, y the word
+// scaled by the curve's own rule.
+void appendIndexedWords(const std::vector<std::uint8_t>& block, Points& points,
+                        double (*scaled)(double word)) {
+  points.Reserve(static_cast<int>(block.size() / 4));
+  qvector::ByteVectorReader reader(block);
+  std::uint32_t index = 0;
+  while (reader.remainingBytes() >= 1) {
+    // Unsigned: the top half of the range stays positive.
+    const double word = reader.readUint32();
+    addPoint(points, scaled(word), static_cast<double>(index));
+    ++index;
+  }
+}
+
 // The header's four single bytes.
 constexpr std::size_t kSourceMode1 = 12;
 constexpr std::size_t kInputType1 = 13;
@@ -91,9 +106,7 @@ void GraphicsDecoders::appendFixedPointPairs(
   while (reader.remainingBytes() >= 1) {
     const double x = reader.readSint32() * kFixedPoint24;
     const double y = reader.readSint32() * kFixedPoint24;
-    protobuf::Point* point = points.Add();
-    point->mutable_y()->set_value(y);
-    point->mutable_x()->set_value(x);
+    addPoint(points, y, x);
   }
 }
 
@@ -144,9 +157,7 @@ std::shared_ptr<protobuf::PowerDistribution> GraphicsDecoders::powerDistribution
   while (reader.remainingBytes() >= 1) {
     const double x = reader.readUint16() / 100.0;
     const double y = static_cast<std::int16_t>(reader.readUint16());
-    protobuf::Point* point = points.Add();
-    point->mutable_y()->set_value(y);
-    point->mutable_x()->set_value(x);
+    addPoint(points, y, x);
   }
   return factory.release(nullptr);
 }
@@ -154,36 +165,16 @@ std::shared_ptr<protobuf::PowerDistribution> GraphicsDecoders::powerDistribution
 std::shared_ptr<protobuf::AmAmCorrection> GraphicsDecoders::amAmCorrection(
     const std::vector<std::uint8_t>& block) {
   protobuf::HalvorPbFactory2AmAmCorrection factory;
-  auto& points = *factory.overrides().mutable_points();
-  points.Reserve(static_cast<int>(block.size() / 4));
-  qvector::ByteVectorReader reader(block);
-  std::uint32_t index = 0;
-  while (reader.remainingBytes() >= 1) {
-    // Unsigned: the top half of the range stays positive.
-    const double word = reader.readUint32();
-    protobuf::Point* point = points.Add();
-    point->mutable_y()->set_value(word * kAmAmScale);
-    point->mutable_x()->set_value(static_cast<double>(index));
-    ++index;
-  }
+  appendIndexedWords(block, *factory.overrides().mutable_points(),
+                     [](double word) { return word * kAmAmScale; });
   return factory.release(nullptr);
 }
 
 std::shared_ptr<protobuf::AmPmCorrection> GraphicsDecoders::amPmCorrection(
     const std::vector<std::uint8_t>& block) {
   protobuf::HalvorPbFactory2AmPmCorrection factory;
-  auto& points = *factory.overrides().mutable_points();
-  points.Reserve(static_cast<int>(block.size() / 4));
-  qvector::ByteVectorReader reader(block);
-  std::uint32_t index = 0;
-  while (reader.remainingBytes() >= 1) {
-    // Unsigned: the top half of the range stays positive.
-    const double word = reader.readUint32();
-    protobuf::Point* point = points.Add();
-    point->mutable_y()->set_value(word / kAmPmWordsPerDegree);
-    point->mutable_x()->set_value(static_cast<double>(index));
-    ++index;
-  }
+  appendIndexedWords(block, *factory.overrides().mutable_points(),
+                     [](double word) { return word / kAmPmWordsPerDegree; });
   return factory.release(nullptr);
 }
 
