@@ -12,6 +12,8 @@
 #include "kelo/handlers/http/session/SessionRoutes.h"
 #include "kelo/handlers/http/users/UserRoutes.h"
 #include "kelo/handlers/http/metrics/MetricsRoutes.h"
+#include "kelo/handlers/http/files/FileRoutes.h"
+#include "kelo/handlers/http/playlists/PlaylistRoutes.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsRoutes.h"
 
@@ -36,6 +38,8 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   SessionRoutes::registerSessionRoutes(application);
   UserRoutes::registerUserRoutes(application);
   MetricsRoutes::registerMetricsRoutes(application);
+  FileRoutes::registerFileRoutes(application);
+  PlaylistRoutes::registerPlaylistRoutes(application);
 }
 
 }  // namespace halvor::kelo
