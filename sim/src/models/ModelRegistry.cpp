@@ -6,6 +6,7 @@
 #include "sim/models/DemoModel.h"
 #include "sim/models/DeviceModel.h"
 #include "sim/models/EventLogModel.h"
+#include "sim/models/FileModel.h"
 #include "sim/models/GraphicsModel.h"
 #include "sim/models/MeterModel.h"
 
@@ -23,7 +24,7 @@ std::unique_ptr<Model> make() {
 const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
   static const std::vector<Factory> table{
       make<DemoModel>,       make<DeviceModel>,   make<AlarmModel>,    make<MeterModel>,
-      make<AudioInputModel>, make<EventLogModel>, make<GraphicsModel>,
+      make<AudioInputModel>, make<EventLogModel>, make<GraphicsModel>, make<FileModel>,
   };
   return table;
 }
