@@ -180,6 +180,40 @@ def run(sim, checks):
     checks.check("an unknown playlist operation is refused by the host, not the plug-in",
                  status == 500 and b"Request missing" not in body, body)
 
+    # Playlists: form data, the player's answers, entries with their files.
+    def form(method, target, fields):
+        return sim.request(method, target, SESSION,
+                           multipart([(name, None, value.encode()) for name, value in fields]),
+                           headers={"Content-Type": "multipart/form-data; boundary=" + BOUNDARY})
+
+    status, _, _ = form("POST", "/1/api/playlists", [("title", "Wire")])
+    checks.check("a playlist is created from form data", status == 200)
+    status, _, body = sim.get("/1/api/playlists", SESSION)
+    playlists = json.loads(body).get("playlists", []) if status == 200 else []
+    checks.check("and listed after the demo's", [p.get("title") for p in playlists] ==
+                 ["Morning", "Wire"], body)
+    status, _, body = form("POST", "/1/api/playlists", [("name", "x")])
+    checks.check("a missing title", status == 500 and
+                 b"Request missing form data: title." in body, body)
+    status, _, body = sim.get("/1/api/files/audio", SESSION)
+    audio = json.loads(body)["files"][0]["fileGuid"]
+    status, _, body = form("PUT", "/1/api/playlists/add_entry/playlist-2",
+                           [("fileGuid", audio), ("position", "0")])
+    checks.check("an uploaded audio file is added", status == 200, body)
+    status, _, body = sim.get("/1/api/playlists/playlist-2", SESSION)
+    checks.check("and the playlist shows it with its file", status == 200 and
+                 json.loads(body) == {"title": "Wire", "playlistEntries": [
+                     {"playlistEntryGuid": "e001", "file": listed[0]}]}, body)
+    status, _, body = form("PUT", "/1/api/playlists/add_entry/playlist-2",
+                           [("fileGuid", "no-such-file"), ("position", "0")])
+    checks.check("the player's refusal", status == 500 and
+                 b"MPlayer Error! no audio file no-such-file" in body, body)
+    status, _, _ = form("PUT", "/1/api/playlists/playlist-2", [("title", "Renamed")])
+    status2, _, _ = sim.request("DELETE", "/1/api/playlists/playlist-1", SESSION)
+    status3, _, body = sim.get("/1/api/playlists", SESSION)
+    checks.check("rename and delete", status == 200 and status2 == 200 and
+                 [p.get("title") for p in json.loads(body)["playlists"]] == ["Renamed"], body)
+
     # Certificates, over HTTPS.
     old = served_certificate(sim)
     certificate, key = openssl_pair(sim, "new", "kelo-renewed")

@@ -9,6 +9,7 @@
 #include "sim/models/FileModel.h"
 #include "sim/models/GraphicsModel.h"
 #include "sim/models/MeterModel.h"
+#include "sim/models/PlaylistModel.h"
 
 namespace halvor::sim {
 
@@ -23,8 +24,9 @@ std::unique_ptr<Model> make() {
 
 const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
   static const std::vector<Factory> table{
-      make<DemoModel>,       make<DeviceModel>,   make<AlarmModel>,    make<MeterModel>,
-      make<AudioInputModel>, make<EventLogModel>, make<GraphicsModel>, make<FileModel>,
+      make<DemoModel>,     make<DeviceModel>,     make<AlarmModel>,
+      make<MeterModel>,    make<AudioInputModel>, make<EventLogModel>,
+      make<GraphicsModel>, make<FileModel>,       make<PlaylistModel>,
   };
   return table;
 }
