@@ -72,7 +72,8 @@ row() {  # label "rps p50 p99 cpu"
 # tavel-sim with libkelo.so from $build on one I/O thread pinned to CPU 0: its configuration and
 # log settings written into $work, the fixture FILE, and the further options of tavel-sim
 # (sessions, --no-demo-models); $sim_config_extra, when set, is appended to the configuration
-# object (", \"metrics-token\": \"t\""). Sets sim_pid and http_port; stopped at exit.
+# object (", \"metrics-token\": \"t\""), and $sim_web_app_extra to the web configuration's "app"
+# object (", \"client_max_body_size\": \"1G\""). Sets sim_pid and http_port; stopped at exit.
 start_sim_with_plugin() {  # fixture-file [tavel-sim options...]
   local fixture=$1; shift
   mkdir -p "$work/logs" "$work/www"
@@ -93,7 +94,7 @@ JSON
   cat > "$work/web-config.json" <<JSON
 {
   "app": { "number_of_threads": 1, "document_root": "$work/www", "idle_connection_timeout": 0,
-           "max_connections_per_ip": 0 },
+           "max_connections_per_ip": 0${sim_web_app_extra:-} },
   "plugins": [
     { "name": "WebKeloInterface", "config": {} },
     { "name": "ResourceListenerManager", "config": {} },

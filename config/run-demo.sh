@@ -10,6 +10,9 @@ build=${1:-build/release}
 shift || true
 
 mkdir -p certificates logs
+# Uploads go under demo-storage/ (config.json's "storage-root"), never to /data or /mnt; the
+# folder demo-storage/mnt/USB stands for a plugged-in stick.
+mkdir -p demo-storage/data/halvor/files demo-storage/mnt/USB
 if [ ! -f certificates/server.crt ] || [ ! -f certificates/server.key ]; then
   echo "demo: making a self-signed certificate in certificates/"
   openssl req -x509 -newkey rsa:2048 -nodes -days 3650 -subj "/CN=localhost" \
@@ -29,4 +32,4 @@ exec "$build/sim/tavel-sim" \
   --log-config config/log.conf \
   --config config/config.json \
   --web-config config/drogon-config.json \
-  --fixture config/fixtures/demo.json "$@"
+  --fixture config/fixtures/demo.json --fixture config/fixtures/storage.json "$@"

@@ -1,9 +1,14 @@
 // tavel-sim: the simulated host program. See docs/SIMULATOR.md.
 
+#include <linux/close_range.h>
 #include <signal.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
 #include <sys/signalfd.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -66,7 +71,36 @@ void seedHost(halvor::sim::SimTavel& host, const std::vector<halvor::sim::Fixtur
   }
 }
 
-int runHost(const halvor::sim::CommandLineOptions& options, int stopFd) {
+// The loop ends on a stop signal or on a restart request: one descriptor, readable when either
+// is, for HostLoop::run.
+struct StopOrRestart {
+  int restartFd = -1;
+  int eitherFd = -1;
+};
+
+StopOrRestart watchStopAndRestart(int stopFd) {
+  StopOrRestart fds;
+  fds.restartFd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  fds.eitherFd = epoll_create1(EPOLL_CLOEXEC);
+  if (fds.restartFd < 0 || fds.eitherFd < 0) {
+    Console::errorLine("tavel-sim: cannot watch for restarts");
+    std::exit(1);
+  }
+  for (int fd : {stopFd, fds.restartFd}) {
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.fd = fd;
+    epoll_ctl(fds.eitherFd, EPOLL_CTL_ADD, fd, &event);
+  }
+  return fds;
+}
+
+bool restartRequested(int restartFd) {
+  std::uint64_t count = 0;
+  return read(restartFd, &count, sizeof count) == static_cast<ssize_t>(sizeof count) && count > 0;
+}
+
+int runHost(const halvor::sim::CommandLineOptions& options, int stopFd, bool& restart) {
   std::vector<halvor::sim::Fixture> fixtures;
   try {
     fixtures = loadFixtures(options.fixtureFiles);
@@ -82,6 +116,13 @@ int runHost(const halvor::sim::CommandLineOptions& options, int stopFd) {
     Console::errorLine(std::string("tavel-sim: ") + error.what());
     return kExitBadInput;
   }
+  const StopOrRestart watched = watchStopAndRestart(stopFd);
+  // The command "/command/restartTavel" (the plug-in asks for it when its server identity has
+  // changed) ends the loop like a stop signal; main then starts the program anew.
+  host->setRestartHandler([fd = watched.restartFd] {
+    const std::uint64_t one = 1;
+    (void)!write(fd, &one, sizeof one);
+  });
   if (!options.webConfigFile.empty()) {
     Console::line("web configuration " + options.webConfigFile + " (read by the plug-in)");
   }
@@ -109,7 +150,8 @@ int runHost(const halvor::sim::CommandLineOptions& options, int stopFd) {
     }
   });
   Console::line("tavel-sim: running; SIGINT or SIGTERM stops");
-  loop.run(stopFd);
+  loop.run(watched.eitherFd);
+  restart = restartRequested(watched.restartFd);
 
   Console::line("tavel-sim: stopping the plug-in");
   plugin->plugin()->shutdown();
@@ -133,7 +175,19 @@ int main(int argc, char** argv) {
     return 0;
   }
   int stopFd = blockStopSignals();
-  int status = runHost(options, stopFd);
+  bool restart = false;
+  int status = runHost(options, stopFd, restart);
+  if (restart) {
+    // The same program with the same arguments; no descriptor of this run survives the exec,
+    // so the listening ports are free again.
+    Console::line("tavel-sim: restarting");
+    std::fflush(stdout);
+    std::fflush(stderr);
+    syscall(SYS_close_range, 3U, ~0U, CLOSE_RANGE_CLOEXEC);
+    execv("/proc/self/exe", argv);
+    Console::errorLine("tavel-sim: restart failed");
+    status = 1;
+  }
   // Threads that the plug-in left running (a detached server thread) may still call the host
   // or run code of the library; ending the process here, without static destructors, keeps
   // them from meeting half-destroyed objects.

@@ -17,6 +17,7 @@
 #include "kelo/Registrations.h"
 #include "kelo/WebKeloInterface.h"
 #include "kelo/handlers/certificates/ApplyCertificateListener.h"
+#include "kelo/handlers/http/files/FileStorage.h"
 #include "kelo/handlers/http/session/LoginThrottle.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/metrics/ServerHealthMetrics.h"
@@ -114,6 +115,9 @@ void Kelo::loadConfigFile(std::string path) {
   LoginThrottle::shared().setLimit(
       config.get("login-failures-per-minute", LoginThrottle::kDefaultFailuresPerMinute).asUInt());
   metricsToken = config["metrics-token"].asString();
+  // Absent keys keep the controller's own storage and the remounts of its sticks.
+  FileStorage::configure(config.get("storage-root", "").asString(),
+                         config.get("usb-remount", true).asBool());
 }
 
 void Kelo::configureLogger(uint32_t id, std::string logConfigFile) {

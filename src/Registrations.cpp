@@ -6,11 +6,13 @@
 #include "kelo/handlers/http/audio/AudioRoutes.h"
 #include "kelo/handlers/http/devices/DeviceRoutes.h"
 #include "kelo/handlers/http/events/EventRoutes.h"
+#include "kelo/handlers/http/files/FileRoutes.h"
 #include "kelo/handlers/http/generic/GenericRoutes.h"
 #include "kelo/handlers/http/graphics/GraphicsRoutes.h"
 #include "kelo/handlers/http/meters/MeterRoutes.h"
 #include "kelo/handlers/http/metrics/MetricsRoutes.h"
 #include "kelo/handlers/http/notifications/NotificationRoutes.h"
+#include "kelo/handlers/http/playlists/PlaylistRoutes.h"
 #include "kelo/handlers/http/session/SessionRoutes.h"
 #include "kelo/handlers/http/settings/SettingsRoutes.h"
 #include "kelo/handlers/http/snmp/SnmpRoutes.h"
@@ -42,6 +44,8 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   SettingsRoutes::registerSettingsRoutes(application);
   SnmpRoutes::registerSnmpRoutes(application);
   NotificationRoutes::registerNotificationRoutes(application);
+  FileRoutes::registerFileRoutes(application);
+  PlaylistRoutes::registerPlaylistRoutes(application);
 }
 
 }  // namespace halvor::kelo

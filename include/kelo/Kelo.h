@@ -46,6 +46,7 @@ class Kelo : public tavelabi::BasePlugin {
 
   // Set by the certificate listener on another thread, cleared by consume.
   void setRestartDue() { restartDue = true; }
+  bool isRestartDue() const { return restartDue; }
 
   // Waits until the server thread has ended. The plug-in never stops the web server itself;
   // a program that does (tests, benchmarks) calls this after quitting the application and

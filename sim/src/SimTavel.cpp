@@ -537,7 +537,12 @@ void SimTavel::withoutOtherUsers(Resource& answer, const std::string& username) 
 Resource SimTavel::restartTavel(const ResourceAction& action) {
   restartRequests_.fetch_add(1);
   notice("restart requested by " + pluginName(action.pluginInfo));
+  if (restartHandler_) restartHandler_();
   return Resource();
+}
+
+void SimTavel::setRestartHandler(std::function<void()> handler) {
+  restartHandler_ = std::move(handler);
 }
 
 }  // namespace halvor::sim

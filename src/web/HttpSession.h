@@ -118,6 +118,13 @@ class HttpSession : public TrackedConnection {
   }
 
   void readBody() {
+    // The buffer left by the header holds a few hundred bytes, and each read fills it at most:
+    // a large body is read in 64 kB steps instead, and the buffer shrinks again when the
+    // request is complete.
+    const auto remaining = parser_->content_length_remaining();
+    if ((!remaining || *remaining > kLargeBodyRead) && buffer_.capacity() < kLargeBodyRead) {
+      buffer_.reserve(kLargeBodyRead);
+    }
     boost::beast::http::async_read_some(
         derived().stream(), buffer_, *parser_,
         [self = derived().shared_from_this()](boost::beast::error_code ec, std::size_t) {
@@ -160,6 +167,7 @@ class HttpSession : public TrackedConnection {
   void onRequestComplete() {
     beginMeasure();
     reading_ = false;
+    if (buffer_.capacity() >= kLargeBodyRead) buffer_.shrink_to_fit();
     // Plug-ins may be shutting down: a request read now reaches no handler.
     if (state_->stopping.load()) return respondAndClose(k503ServiceUnavailable);
     keepAlive_ = parser_->keep_alive();
@@ -411,6 +419,7 @@ class HttpSession : public TrackedConnection {
   InetAddress local_;
   using Pending = boost::beast::buffers_suffix<std::array<boost::asio::const_buffer, 2>>;
 
+  static constexpr std::size_t kLargeBodyRead = 64 * 1024;
   boost::beast::flat_buffer buffer_;
   std::optional<RequestParser> parser_;
   HttpRequestPtr request_;

@@ -1,5 +1,11 @@
 #include "kelo/web/MultiPartParser.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+
 #include "FieldLookup.h"
 
 namespace halvor::kelo::web {
@@ -41,6 +47,34 @@ std::string attributeOf(std::string_view header, std::string_view attribute, boo
   return {};
 }
 
+// A body kept in a temporary file is searched through its read-only mapping a window at a
+// time, and the pages already searched are given back, so that the search of a large upload
+// does not make the whole file resident in the process. The bytes stay in the file (and the
+// page cache): a later look at them maps them in again.
+constexpr std::size_t kWindow = 4 * 1024 * 1024;
+
+void releasePages(std::string_view body, std::size_t end) {
+  static const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+  const auto first = reinterpret_cast<std::uintptr_t>(body.data());
+  const std::uintptr_t from = (first + page - 1) / page * page;
+  const std::uintptr_t to = (first + end) / page * page;
+  if (to > from) ::madvise(reinterpret_cast<void*>(from), to - from, MADV_DONTNEED);
+}
+
+std::size_t findReleasing(std::string_view body, std::string_view what, std::size_t from,
+                          bool mapped) {
+  if (!mapped) return body.find(what, from);
+  while (from < body.size()) {
+    const std::size_t length = std::min(kWindow + what.size(), body.size() - from);
+    const std::size_t found = body.substr(from, length).find(what);
+    if (found != std::string_view::npos) return from + found;
+    if (from + length >= body.size()) break;
+    from += kWindow;
+    releasePages(body, from);
+  }
+  return std::string_view::npos;
+}
+
 }  // namespace
 
 const std::string& MultiPartParser::getParameter(std::string_view name) const {
@@ -72,7 +106,7 @@ int MultiPartParser::parse(const HttpRequestPtr& req) {
     std::size_t lineEnd = rest.find("\r\n");
     if (lineEnd == std::string_view::npos || !trim(rest.substr(0, lineEnd)).empty()) return -1;
     at += lineEnd + 2;
-    std::size_t next = body.find(separator, at);
+    std::size_t next = findReleasing(body, separator, at, !req->bodyFilePath().empty());
     if (next == std::string_view::npos) return -1;
     if (parsePart(body.substr(at, next - at), req) != 0) return -1;
     at = next + separator.size();
@@ -112,6 +146,11 @@ int MultiPartParser::parsePart(std::string_view part, const HttpRequestPtr& req)
   if (hasFileName) {
     files_.emplace_back(std::move(itemName), std::move(fileName), std::move(partType), content,
                         std::static_pointer_cast<const void>(req));
+    if (!req->bodyFilePath().empty()) {
+      // The content is a view into the mapped body file: the same bytes lie in the file.
+      files_.back().setSourceFile(req->bodyFilePath(),
+                                  static_cast<std::size_t>(content.data() - req->body().data()));
+    }
   } else {
     parameters_[itemName] = std::string(content);
   }

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
@@ -559,9 +560,17 @@ TEST(KeloInitTest, ASecondInitLeavesTheHostOneLiveCertificateListener) {
   EXPECT_TRUE(kelo.isRunning()) << kelo.currentStatus().getText();
   EXPECT_EQ(host.heldCount(), 1u);
 
-  // The host calls what it holds: the listener answers the command in its reply.
-  ResourceAction apply(CCRUD::Command, "/command/applyCertificate", nullptr, "");
+  // The host calls what it holds: the listener answers the command in its reply (an empty
+  // upload folder is refused in words).
+  const std::filesystem::path empty =
+      std::filesystem::temp_directory_path() / ("kelo-empty-upload-" + std::to_string(::getpid()));
+  std::filesystem::create_directories(empty);
+  Resource request;
+  request.addValue("uploadTarget", ResourceValue(empty.string()));
+  request.addValue("password", ResourceValue(std::string()));
+  ResourceAction apply(CCRUD::Command, "/command/applyCertificate", request, nullptr, "");
   const Resource answer = host.processInternalAction(apply);
+  std::filesystem::remove_all(empty);
   EXPECT_EQ(answer.values.count("errorMessage"), 1u);
 
   web::app().quit();

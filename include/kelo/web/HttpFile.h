@@ -25,10 +25,16 @@ class HttpFile {
   std::size_t fileLength() const { return content_.size(); }
   std::string_view fileContent() const { return content_; }
 
+  // For a body kept in a temporary file: the content also lies in `path` from `offset` on, so
+  // that a save copies it inside the kernel instead of through the process's memory.
+  void setSourceFile(std::string path, std::size_t offset);
+
   // Writes the content to `directory`/getFileName(), creating the directory if needed. Refuses
   // (returns -1, writes nothing) when the file name is not safe. 0 on success, -1 on any error.
   int save(const std::string& directory) const;
   // Writes the content to exactly `path`, which the caller chose. 0 on success, -1 on error.
+  // The bytes go to a hidden file beside `path` that is renamed onto it when complete, so that
+  // a failed write leaves no partial file under the name.
   int saveAs(const std::string& path) const;
 
   // A name that stays inside the directory it is saved to: not empty, not "." or "..", no "/",
@@ -41,6 +47,11 @@ class HttpFile {
   std::string contentType_;
   std::string_view content_;
   std::shared_ptr<const void> keepAlive_;
+  std::string sourcePath_;
+  std::size_t sourceOffset_ = 0;
+
+  bool writeTo(int descriptor) const;
+  bool copyFromSource(int descriptor) const;
 };
 
 }  // namespace halvor::kelo::web

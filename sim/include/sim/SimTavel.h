@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -98,6 +99,8 @@ class SimTavel : public tavelabi::ITavel {
   // Observation, for tests and the console.
   std::vector<StatusRecord> statusHistory() const;
   unsigned restartRequests() const;
+  // Called by the command "/command/restartTavel" after counting it (tavel-sim restarts itself).
+  void setRestartHandler(std::function<void()> handler);
   std::optional<tavelabi::Resource> peek(const std::string& path) const;
   std::vector<std::string> listPaths(const std::string& glob) const;
   // Blocks until every Create and Update so far has been handed to the listeners.
@@ -162,6 +165,8 @@ class SimTavel : public tavelabi::ITavel {
   mutable std::mutex statusMutex_;
   std::vector<StatusRecord> statusHistory_;
   std::atomic<unsigned> restartRequests_{0};
+  // Set before the plug-in is loaded and never changed afterwards.
+  std::function<void()> restartHandler_;
 };
 
 }  // namespace halvor::sim

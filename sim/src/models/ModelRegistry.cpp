@@ -6,9 +6,11 @@
 #include "sim/models/DemoModel.h"
 #include "sim/models/DeviceModel.h"
 #include "sim/models/EventLogModel.h"
+#include "sim/models/FileModel.h"
 #include "sim/models/GraphicsModel.h"
 #include "sim/models/MeterModel.h"
 #include "sim/models/NotificationModel.h"
+#include "sim/models/PlaylistModel.h"
 #include "sim/models/SettingsModel.h"
 #include "sim/models/SnmpModel.h"
 
@@ -27,7 +29,7 @@ const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
   static const std::vector<Factory> table{
       make<DemoModel>,       make<DeviceModel>,       make<AlarmModel>,    make<MeterModel>,
       make<AudioInputModel>, make<EventLogModel>,     make<GraphicsModel>, make<SettingsModel>,
-      make<SnmpModel>,       make<NotificationModel>,
+      make<SnmpModel>,       make<NotificationModel>, make<FileModel>,     make<PlaylistModel>,
   };
   return table;
 }

@@ -150,6 +150,34 @@ TEST_F(MultiPartParserTest, QuotedBoundaryAndBodyInAFile) {
   EXPECT_EQ(fs::file_size(directory / "out" / "big.bin"), 100000u);
 }
 
+TEST_F(MultiPartParserTest, PartsOfALargeBodyFileAreFoundAcrossSearchWindowsAndSavedWhole) {
+  // Parts whose ends fall on and around the 4 MB steps of the search through a body file.
+  std::string first(4 * 1024 * 1024 - 150, '\0');
+  for (std::size_t i = 0; i < first.size(); ++i) first[i] = static_cast<char>(i % 253);
+  const std::string second(4 * 1024 * 1024 + 3, 'q');
+  std::string body = part("name=\"a\"; filename=\"first.bin\"", first) +
+                     part("name=\"b\"; filename=\"second.bin\"", second) + "--" + kBoundary +
+                     "--\r\n";
+  fs::path bodyFile = directory / "body";
+  std::ofstream(bodyFile, std::ios::binary) << body;
+  auto req = HttpRequest::newHttpRequest();
+  req->addHeader("Content-Type", "multipart/form-data; boundary=" + kBoundary);
+  req->setBodyFile(bodyFile.string(), body.size());
+  MultiPartParser parser;
+  ASSERT_EQ(parser.parse(req), 0);
+  ASSERT_EQ(parser.getFiles().size(), 2u);
+  EXPECT_EQ(parser.getFiles()[0].fileLength(), first.size());
+  EXPECT_EQ(parser.getFiles()[1].fileLength(), second.size());
+  // The content is still readable after the search gave its pages back.
+  EXPECT_TRUE(parser.getFiles()[0].fileContent() == first);
+  ASSERT_EQ(parser.getFiles()[0].save((directory / "out").string()), 0);
+  ASSERT_EQ(parser.getFiles()[1].save((directory / "out").string()), 0);
+  EXPECT_TRUE(readFile(directory / "out" / "first.bin") == first);
+  EXPECT_TRUE(readFile(directory / "out" / "second.bin") == second);
+  // Written under a hidden name and renamed: nothing else is left in the folder.
+  EXPECT_EQ(std::distance(fs::directory_iterator(directory / "out"), fs::directory_iterator()), 2);
+}
+
 TEST(HttpFileTest, SafeNames) {
   EXPECT_TRUE(HttpFile::isSafeFileName("report.pdf"));
   EXPECT_TRUE(HttpFile::isSafeFileName(".hidden"));

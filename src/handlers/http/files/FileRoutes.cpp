@@ -1,0 +1,15 @@
+#include "kelo/handlers/http/files/FileRoutes.h"
+
+#include "kelo/controllers/FamilyRoutes.h"
+#include "kelo/handlers/http/files/DeleteFile.h"
+#include "kelo/handlers/http/files/GetFileList.h"
+#include "kelo/handlers/http/files/GetFileUploadTargets.h"
+#include "kelo/handlers/http/files/PostFiles.h"
+
+namespace halvor::kelo {
+
+void FileRoutes::registerFileRoutes(web::HttpAppFramework& application) {
+  FamilyRoutes::add<GetFileUploadTargets, GetFileList, PostFiles, DeleteFile>(application);
+}
+
+}  // namespace halvor::kelo
