@@ -340,6 +340,7 @@ Resource SimTavel::execute(ResourceAction& action) {
       return tree_.remove(action.path);
     case CCRUD::Command:
       return runCommand(action);
+    case CCRUD::Read:  // answered above
     case CCRUD::None:
       break;
   }

@@ -1,7 +1,6 @@
 #include "sim/models/PlaylistModel.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "sim/SimTavel.h"
 
@@ -30,9 +29,9 @@ const std::string& text(const ResourceAction& action, const std::string& key) {
 
 // "e001" for the first place.
 std::string entryKey(std::size_t index) {
-  char key[16];
-  std::snprintf(key, sizeof key, "e%03zu", index + 1);
-  return key;
+  std::string number = std::to_string(index + 1);
+  if (number.size() < 3) number.insert(0, 3 - number.size(), '0');
+  return "e" + number;
 }
 
 // The index of an entry key, or -1.

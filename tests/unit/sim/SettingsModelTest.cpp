@@ -62,8 +62,12 @@ TEST_F(SettingsModelTest, FourPagesNameSettingsThatExistWithGuidsAndMonitors) {
       std::replace(guid.begin(), guid.end(), '/', '-');
       EXPECT_EQ(at(path).values.at("guid").getStringValue(), guid);
       const std::string monitor = keys.at("monitorResource").getStringValue();
-      if (!monitor.empty()) EXPECT_TRUE(host.peek(monitor)) << monitor;
-      if (keys.at("type").getStringValue() == "SINGLE_SELECT") EXPECT_TRUE(keys.count("options"));
+      if (!monitor.empty()) {
+        EXPECT_TRUE(host.peek(monitor)) << monitor;
+      }
+      if (keys.at("type").getStringValue() == "SINGLE_SELECT") {
+        EXPECT_TRUE(keys.count("options"));
+      }
     }
   }
 }
