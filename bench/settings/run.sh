@@ -5,7 +5,7 @@
 # messages through their factories and prints them) next to the web layer's plaintext route, in
 # the same run. Each server runs with one I/O thread pinned to CPU 0; wrk runs on CPU 1:
 #   taskset -c 1 wrk -t1 -c64 -d10s --latency URL
-# Three runs of each; the median by requests/s is reported. KELO_BENCH_PERF=FILE records a profile
+# Three runs of each, side by side; the medians by requests/s and the median ratio are reported. KELO_BENCH_PERF=FILE records a profile
 # of tavel-sim under the same load instead. BUILD_DIR (default build/release) must hold tavel-sim,
 # libkelo.so and bench-web-plaintext of a Release build. KELO_BENCH_DURATION (10s) and
 # KELO_BENCH_RUNS (3) change the length and number of runs.
@@ -37,14 +37,7 @@ settings=$(curl -s "${cookie[@]}" "$page_url" | "$python" -c \
 start_plaintext
 profile_if_asked "$sim_pid" "$page_url" "${cookie[@]}"
 
-taskset -c 1 wrk -t1 -c64 -d2s "${cookie[@]}" "$page_url" > /dev/null
-taskset -c 1 wrk -t1 -c64 -d2s "$plaintext_url" > /dev/null
-plaintext=$(median "$plain_pid" "$plaintext_url")
-page=$(median "$sim_pid" "$page_url" "${cookie[@]}")
-
-printf '%-36s %12s %10s %10s %14s\n' "route (1 I/O thread, -c64)" "requests/s" "p50" "p99" \
-  "server CPU/req"
-read -r rps p50 p99 cpu <<<"$plaintext"
-printf '%-36s %12s %10s %10s %12s us\n' "web layer GET /plaintext" "$rps" "$p50" "$p99" "$cpu"
-read -r rps p50 p99 cpu <<<"$page"
-printf '%-36s %12s %10s %10s %12s us\n' "GET settingcollections/rfOutput" "$rps" "$p50" "$p99" "$cpu"
+beside_plaintext page "$sim_pid" "$page_url" cookie
+median_row "web layer GET /plaintext" "${medians[plaintext]}"
+median_row "GET settingcollections/rfOutput" "${medians[page]}"
+echo "settings page / plaintext requests/s, median of the $runs pairs: ${ratios[page]}"
