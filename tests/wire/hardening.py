@@ -84,6 +84,11 @@ def timed_get(sim, target):
     return status, time.time() - start
 
 
+def built_with_address_sanitizer(program):
+    with open(program, "rb") as binary:
+        return b"__asan_init" in binary.read()
+
+
 def check_slow_readers(sim, checks):
     with open(sim.path("big.js"), "wb") as out:
         out.write(os.urandom(BIG_FILE))
@@ -102,9 +107,13 @@ def check_slow_readers(sim, checks):
     checks.check("a normal request is answered while %d readers stall" % SLOW_READERS,
                  status in (200, 401, 440) and seconds < 2, (status, seconds))
     grown = during - before
-    # One copy each would be SLOW_READERS * 2 MiB = 400 MiB.
-    checks.check("%d slow readers of a 2 MiB file grow the server by less than 64 MiB"
-                 % SLOW_READERS, grown < 64 * 1024, "%d KiB before, %d KiB during" % (before, during))
+    # One copy each would be SLOW_READERS * 2 MiB = 400 MiB. Under AddressSanitizer the
+    # allocator's quarantine keeps freed memory resident, so the bound holds only for the other
+    # builds; there it is checked.
+    if not built_with_address_sanitizer(sim.sim):
+        checks.check("%d slow readers of a 2 MiB file grow the server by less than 64 MiB"
+                     % SLOW_READERS, grown < 64 * 1024,
+                     "%d KiB before, %d KiB during" % (before, during))
     for s in readers:
         s.close()
 
