@@ -18,7 +18,7 @@
 #include "kelo/handlers/http/graphics/EqFrequencyResponseHelperClass.h"
 #include "kelo/handlers/http/graphics/GraphicsDecoders.h"
 #include "kelo/handlers/http/graphics/PowerDistributionHelperClass.h"
-#include "kelo/handlers/http/graphics/SpectrumHelperClass.h"
+#include "kelo/handlers/http/graphics/FrequencyTraceHelperClass.h"
 
 namespace halvor::kelo::bench {
 namespace {

@@ -9,7 +9,7 @@
 #include "kelo/handlers/ws/WsGetConstellation.h"
 #include "kelo/handlers/ws/WsGetLissajous.h"
 #include "kelo/handlers/ws/WsGetSetting.h"
-#include "kelo/handlers/ws/WsGetSpectrum.h"
+#include "kelo/handlers/ws/WsGetFrequencyTrace.h"
 #include "kelo/handlers/ws/WsGetSubCarriers.h"
 #include "kelo/handlers/ws/WsHeartbeat.h"
 #include "kelo/handlers/ws/WsMeterGroup.h"

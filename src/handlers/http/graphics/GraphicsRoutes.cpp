@@ -8,7 +8,7 @@
 #include "kelo/handlers/http/graphics/GetEqFrequencyResponseHandler.h"
 #include "kelo/handlers/http/graphics/GetLissajousHandler.h"
 #include "kelo/handlers/http/graphics/GetPowerDistributionHandler.h"
-#include "kelo/handlers/http/graphics/GetSpectrumHandler.h"
+#include "kelo/handlers/http/graphics/GetFrequencyTraceHandler.h"
 #include "kelo/handlers/http/graphics/GetSubCarriersHandler.h"
 
 namespace halvor::kelo {

@@ -12,7 +12,7 @@
 #include "kelo/handlers/ws/WsEqFrequencyResponse.h"
 #include "kelo/handlers/ws/WsGetConstellation.h"
 #include "kelo/handlers/ws/WsGetLissajous.h"
-#include "kelo/handlers/ws/WsGetSpectrum.h"
+#include "kelo/handlers/ws/WsGetFrequencyTrace.h"
 #include "kelo/handlers/ws/WsGetSubCarriers.h"
 #include "kelo/handlers/ws/WsPowerDistribution.h"
 #include "support/RecordingHost.h"

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "kelo/handlers/http/graphics/GetSpectrumHandler.h"
+#include "kelo/handlers/http/graphics/GetFrequencyTraceHandler.h"
 #include "kelo/handlers/http/graphics/GraphicsDecoders.h"
-#include "kelo/handlers/http/graphics/SpectrumHelperClass.h"
+#include "kelo/handlers/http/graphics/FrequencyTraceHelperClass.h"
 #include "support/HandlerTest.h"
 #include "support/RecordingHost.h"
 #include "support/Requests.h"

@@ -1,8 +1,8 @@
-#include "kelo/handlers/ws/WsGetSpectrum.h"
+#include "kelo/handlers/ws/WsGetFrequencyTrace.h"
 
 #include "kelo/KeloHost.h"
 #include "kelo/handlers/http/graphics/GraphicsArena.h"
-#include "kelo/handlers/http/graphics/SpectrumHelperClass.h"
+#include "kelo/handlers/http/graphics/FrequencyTraceHelperClass.h"
 #include "kelo/handlers/ws/WsMessages.h"
 
 namespace halvor::kelo {

@@ -1,4 +1,4 @@
-#include "kelo/handlers/http/graphics/SpectrumHelperClass.h"
+#include "kelo/handlers/http/graphics/FrequencyTraceHelperClass.h"
 
 #include "kelo/handlers/http/graphics/GraphicsChannelHelpers.h"
 #include "kelo/handlers/http/graphics/GraphicsDecoders.h"

@@ -1,7 +1,7 @@
-#include "kelo/handlers/http/graphics/GetSpectrumHandler.h"
+#include "kelo/handlers/http/graphics/GetFrequencyTraceHandler.h"
 
 #include "kelo/handlers/http/graphics/GraphicsArena.h"
-#include "kelo/handlers/http/graphics/SpectrumHelperClass.h"
+#include "kelo/handlers/http/graphics/FrequencyTraceHelperClass.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
 
 namespace halvor::kelo {
