@@ -16,9 +16,9 @@
 #include "kelo/handlers/http/graphics/AudioModVectorsHelperClass.h"
 #include "kelo/handlers/http/graphics/ConstellationHelperClass.h"
 #include "kelo/handlers/http/graphics/EqFrequencyResponseHelperClass.h"
+#include "kelo/handlers/http/graphics/FrequencyTraceHelperClass.h"
 #include "kelo/handlers/http/graphics/GraphicsDecoders.h"
 #include "kelo/handlers/http/graphics/PowerDistributionHelperClass.h"
-#include "kelo/handlers/http/graphics/FrequencyTraceHelperClass.h"
 
 namespace halvor::kelo::bench {
 namespace {
@@ -42,21 +42,37 @@ void report(benchmark::State& state, std::size_t bytesPerRun) {
   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * state.range(0));
 }
 
-// memcpy of `bytesPerEntry` bytes per entry: the reference of each decoder of that entry size.
-void Memcpy(benchmark::State& state, std::size_t bytesPerEntry) {
-  const Bytes block = randomBlock(entries(state) * bytesPerEntry);
+// memcpy of `bytes` bytes.
+void copyBlock(benchmark::State& state, std::size_t bytes) {
+  const Bytes block = randomBlock(bytes);
   Bytes copy(block.size());
   for (auto _ : state) {
     std::memcpy(copy.data(), block.data(), block.size());
     benchmark::DoNotOptimize(copy.data());
     benchmark::ClobberMemory();
   }
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * block.size()));
+}
+
+// memcpy of `bytesPerEntry` bytes per entry: the reference of each decoder of that entry size.
+void Memcpy(benchmark::State& state, std::size_t bytesPerEntry) {
+  copyBlock(state, entries(state) * bytesPerEntry);
+  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * state.range(0));
+}
+
+// One decoder of one block of `bytesPerEntry` bytes an entry; `decode` returns the message it
+// made, as the routes make it.
+template <typename Decode>
+void Decoder(benchmark::State& state, std::size_t bytesPerEntry, Decode decode) {
+  const Bytes block = randomBlock(entries(state) * bytesPerEntry);
+  for (auto _ : state) benchmark::DoNotOptimize(decode(block));
   report(state, block.size());
 }
 
-// The trace in its narrow form: 2-byte amplitudes beside 4-byte frequencies (6 bytes an entry).
-void SpectrumNarrow(benchmark::State& state) {
-  const Bytes amplitude = randomBlock(entries(state) * 2);
+// The trace: amplitudes of `amplitudeBytes` (2 in the narrow form, 4 in the wide one) beside
+// 4-byte frequencies.
+void Trace(benchmark::State& state, std::size_t amplitudeBytes) {
+  const Bytes amplitude = randomBlock(entries(state) * amplitudeBytes);
   const Bytes frequency = randomBlock(entries(state) * 4);
   for (auto _ : state) {
     protobuf::Spectrum spectrum;
@@ -66,74 +82,28 @@ void SpectrumNarrow(benchmark::State& state) {
   report(state, amplitude.size() + frequency.size());
 }
 
-// The trace in its wide form: 4-byte words on both sides (8 bytes an entry).
-void SpectrumWide(benchmark::State& state) {
-  const Bytes amplitude = randomBlock(entries(state) * 4);
-  const Bytes frequency = randomBlock(entries(state) * 4);
-  for (auto _ : state) {
-    protobuf::Spectrum spectrum;
-    GraphicsDecoders::appendTrace(amplitude, frequency, *spectrum.mutable_spectrumpoints());
-    benchmark::DoNotOptimize(spectrum);
-  }
-  report(state, amplitude.size() + frequency.size());
+protobuf::Constellation constellation(const Bytes& block) {
+  protobuf::Constellation message;
+  GraphicsDecoders::appendFixedPointPairs(block, *message.mutable_points());
+  return message;
 }
 
-void Constellation(benchmark::State& state) {
-  const Bytes block = randomBlock(entries(state) * 8);
-  for (auto _ : state) {
-    protobuf::Constellation constellation;
-    GraphicsDecoders::appendFixedPointPairs(block, *constellation.mutable_points());
-    benchmark::DoNotOptimize(constellation);
-  }
-  report(state, block.size());
+protobuf::SubCarrierGroupList subCarriers(const Bytes& block) {
+  protobuf::SubCarrierGroupList message;
+  GraphicsDecoders::appendSubCarrierGroups(block, *message.mutable_groups());
+  return message;
 }
 
-void SubCarriers(benchmark::State& state) {
-  const Bytes block = randomBlock(entries(state) * 16);
-  for (auto _ : state) {
-    protobuf::SubCarrierGroupList groups;
-    GraphicsDecoders::appendSubCarrierGroups(block, *groups.mutable_groups());
-    benchmark::DoNotOptimize(groups);
-  }
-  report(state, block.size());
+protobuf::EqFrequencyResponse eqResponses(const Bytes& block) {
+  protobuf::EqFrequencyResponse message;
+  GraphicsDecoders::appendEqResponses(block, *message.mutable_responses());
+  return message;
 }
 
-void PowerDistribution(benchmark::State& state) {
-  const Bytes block = randomBlock(entries(state) * 4);
-  for (auto _ : state) benchmark::DoNotOptimize(GraphicsDecoders::powerDistribution(block));
-  report(state, block.size());
-}
-
-void AmAmCorrection(benchmark::State& state) {
-  const Bytes block = randomBlock(entries(state) * 4);
-  for (auto _ : state) benchmark::DoNotOptimize(GraphicsDecoders::amAmCorrection(block));
-  report(state, block.size());
-}
-
-void AmPmCorrection(benchmark::State& state) {
-  const Bytes block = randomBlock(entries(state) * 4);
-  for (auto _ : state) benchmark::DoNotOptimize(GraphicsDecoders::amPmCorrection(block));
-  report(state, block.size());
-}
-
-void EqResponses(benchmark::State& state) {
-  const Bytes block = randomBlock(entries(state) * 2);
-  for (auto _ : state) {
-    protobuf::EqFrequencyResponse response;
-    GraphicsDecoders::appendEqResponses(block, *response.mutable_responses());
-    benchmark::DoNotOptimize(response);
-  }
-  report(state, block.size());
-}
-
-void EqFrequencies(benchmark::State& state) {
-  const Bytes block = randomBlock(entries(state) * 4);
-  for (auto _ : state) {
-    protobuf::EqFrequencyResponse response;
-    GraphicsDecoders::appendEqFrequencies(block, *response.mutable_frequencies());
-    benchmark::DoNotOptimize(response);
-  }
-  report(state, block.size());
+protobuf::EqFrequencyResponse eqFrequencies(const Bytes& block) {
+  protobuf::EqFrequencyResponse message;
+  GraphicsDecoders::appendEqFrequencies(block, *message.mutable_frequencies());
+  return message;
 }
 
 // The audio record has one size: 16 header bytes and 70 record bytes.
@@ -146,17 +116,6 @@ void AudioModVectors(benchmark::State& state) {
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * 86));
 }
 
-void MemcpyAudioRecord(benchmark::State& state) {
-  const Bytes block = randomBlock(86);
-  Bytes copy(block.size());
-  for (auto _ : state) {
-    std::memcpy(copy.data(), block.data(), block.size());
-    benchmark::DoNotOptimize(copy.data());
-    benchmark::ClobberMemory();
-  }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * block.size()));
-}
-
 constexpr std::int64_t kFewest = 1024;
 constexpr std::int64_t kMost = 65536;
 
@@ -165,17 +124,27 @@ BENCHMARK_CAPTURE(Memcpy, 4_bytes_an_entry, 4)->RangeMultiplier(4)->Range(kFewes
 BENCHMARK_CAPTURE(Memcpy, 6_bytes_an_entry, 6)->RangeMultiplier(4)->Range(kFewest, kMost);
 BENCHMARK_CAPTURE(Memcpy, 8_bytes_an_entry, 8)->RangeMultiplier(4)->Range(kFewest, kMost);
 BENCHMARK_CAPTURE(Memcpy, 16_bytes_an_entry, 16)->RangeMultiplier(4)->Range(kFewest, kMost);
-BENCHMARK(SpectrumNarrow)->RangeMultiplier(4)->Range(kFewest, kMost);
-BENCHMARK(SpectrumWide)->RangeMultiplier(4)->Range(kFewest, kMost);
-BENCHMARK(Constellation)->RangeMultiplier(4)->Range(kFewest, kMost);
-BENCHMARK(SubCarriers)->RangeMultiplier(4)->Range(kFewest, kMost);
-BENCHMARK(PowerDistribution)->RangeMultiplier(4)->Range(kFewest, kMost);
-BENCHMARK(AmAmCorrection)->RangeMultiplier(4)->Range(kFewest, kMost);
-BENCHMARK(AmPmCorrection)->RangeMultiplier(4)->Range(kFewest, kMost);
-BENCHMARK(EqResponses)->RangeMultiplier(4)->Range(kFewest, kMost);
-BENCHMARK(EqFrequencies)->RangeMultiplier(4)->Range(kFewest, kMost);
+BENCHMARK_CAPTURE(Trace, narrow, 2)->RangeMultiplier(4)->Range(kFewest, kMost);
+BENCHMARK_CAPTURE(Trace, wide, 4)->RangeMultiplier(4)->Range(kFewest, kMost);
+BENCHMARK_CAPTURE(Decoder, Constellation, 8, constellation)
+    ->RangeMultiplier(4)
+    ->Range(kFewest, kMost);
+BENCHMARK_CAPTURE(Decoder, SubCarriers, 16, subCarriers)->RangeMultiplier(4)->Range(kFewest, kMost);
+BENCHMARK_CAPTURE(Decoder, PowerDistribution, 4, GraphicsDecoders::powerDistribution)
+    ->RangeMultiplier(4)
+    ->Range(kFewest, kMost);
+BENCHMARK_CAPTURE(Decoder, AmAmCorrection, 4, GraphicsDecoders::amAmCorrection)
+    ->RangeMultiplier(4)
+    ->Range(kFewest, kMost);
+BENCHMARK_CAPTURE(Decoder, AmPmCorrection, 4, GraphicsDecoders::amPmCorrection)
+    ->RangeMultiplier(4)
+    ->Range(kFewest, kMost);
+BENCHMARK_CAPTURE(Decoder, EqResponses, 2, eqResponses)->RangeMultiplier(4)->Range(kFewest, kMost);
+BENCHMARK_CAPTURE(Decoder, EqFrequencies, 4, eqFrequencies)
+    ->RangeMultiplier(4)
+    ->Range(kFewest, kMost);
 BENCHMARK(AudioModVectors);
-BENCHMARK(MemcpyAudioRecord);
+BENCHMARK_CAPTURE(copyBlock, audio_record, 86);
 
 }  // namespace
 }  // namespace halvor::kelo::bench
