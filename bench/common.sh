@@ -19,6 +19,13 @@ cleanup() {
 }
 trap cleanup EXIT
 
+require_built() {  # program... : each must exist in the build directory
+  local program
+  for program; do
+    [ -e "$program" ] || { echo "bench: $program is missing (build it first)"; exit 1; }
+  done
+}
+
 free_port() {
   "$python" -c 'import socket; s=socket.socket(); s.bind(("127.0.0.1",0)); print(s.getsockname()[1])'
 }
@@ -182,6 +189,13 @@ fanout_pass() {  # server-command-array client-command-array
 fanout_summaries() {
   sed 's/^/  client: /' "$work/client.out"
   grep -E '^(connected|updated)' "$work/server.out" | sed 's/^/  server: /'
+}
+# The report of the last pass: its description with the load of the moment, the summaries and
+# the frames missing.
+fanout_report() {  # description...
+  echo "$* (load $(cut -d' ' -f1-3 /proc/loadavg))"
+  fanout_summaries
+  fanout_missing
 }
 # The frames of the last pass that every live client should have received (every change the
 # server made), those the client received, and the difference.

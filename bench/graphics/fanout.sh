@@ -22,11 +22,9 @@ threads=${KELO_BENCH_THREADS:-2}
 clients_list=${KELO_BENCH_CLIENTS:-50}
 server=$build/bench/graphics/bench-graphics-spectrum-server
 client=$build/bench/graphics/bench-graphics-spectrum-client
-for program in "$server" "$client"; do
-  [ -x "$program" ] || { echo "bench: $program is missing (build it first)"; exit 1; }
-done
 ulimit -n "$(ulimit -Hn)"
 source bench/common.sh
+require_built "$server" "$client"
 
 echo "machine: $(nproc) cores, load $(cut -d' ' -f1-3 /proc/loadavg) at the start"
 for n in $clients_list; do
@@ -34,8 +32,5 @@ for n in $clients_list; do
     --threads "$threads")
   client_command=("$client" --clients "$n" --points "$points")
   fanout_pass server_command client_command
-  echo "N=$n points=$points rate=${rate}/s duration=${duration}s threads=$threads" \
-    "(load $(cut -d' ' -f1-3 /proc/loadavg))"
-  fanout_summaries
-  fanout_missing
+  fanout_report "N=$n points=$points rate=${rate}/s duration=${duration}s threads=$threads"
 done

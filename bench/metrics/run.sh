@@ -28,11 +28,9 @@ token=kelo-bench-metrics-token  # also EmbeddedHost::kMetricsToken
 sim_config_extra=", \"metrics-token\": \"$token\""
 server=$build/bench/monitoring/bench-monitoring-meter-server
 client=$build/bench/monitoring/bench-monitoring-meter-client
-for program in "$build/sim/tavel-sim" "$build/src/libkelo.so" "$build/bench/web/bench-web-plaintext" \
-  "$server" "$client"; do
-  [ -e "$program" ] || { echo "bench: $program is missing (build it first)"; exit 1; }
-done
 source bench/common.sh
+require_built "$build/sim/tavel-sim" "$build/src/libkelo.so" "$build/bench/web/bench-web-plaintext" \
+  "$server" "$client"
 
 echo "machine: $(nproc) cores, load $(cut -d' ' -f1-3 /proc/loadavg) at the start"
 

@@ -23,11 +23,9 @@ burst=${KELO_BENCH_BURST:-0}
 clients_list=${KELO_BENCH_CLIENTS:-100}
 server=$build/bench/monitoring/bench-monitoring-meter-server
 client=$build/bench/monitoring/bench-monitoring-meter-client
-for program in "$server" "$client"; do
-  [ -x "$program" ] || { echo "bench: $program is missing (build it first)"; exit 1; }
-done
 ulimit -n "$(ulimit -Hn)"
 source bench/common.sh
+require_built "$server" "$client"
 
 echo "machine: $(nproc) cores, load $(cut -d' ' -f1-3 /proc/loadavg) at the start"
 for n in $clients_list; do
@@ -35,8 +33,5 @@ for n in $clients_list; do
     --threads "$threads" --burst "$burst")
   client_command=("$client" --clients "$n" --group /bench/meters)
   fanout_pass server_command client_command
-  echo "N=$n meters=100 rate=${rate}/s duration=${duration}s burst=$burst threads=$threads" \
-    "(load $(cut -d' ' -f1-3 /proc/loadavg))"
-  fanout_summaries
-  fanout_missing
+  fanout_report "N=$n meters=100 rate=${rate}/s duration=${duration}s burst=$burst threads=$threads"
 done
