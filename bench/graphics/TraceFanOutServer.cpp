@@ -44,29 +44,23 @@ struct Options {
   int threads = 1;
 };
 
-void hostAction(sim::SimTavel& host, tavelabi::CCRUD verb, const std::string& path,
-                const Resource& resource) {
-  tavelabi::ResourceAction action(verb, path, resource, nullptr, "");
-  host.processInternalAction(action);
-}
-
 void seedSpectrum(sim::SimTavel& host, int points, std::mt19937& random) {
-  hostAction(host, tavelabi::CCRUD::Create, "/system/graphics/exSpectrumFrequency",
-             Resource(GraphicsSignals::spectrumFrequency(points)));
-  hostAction(host, tavelabi::CCRUD::Create, "/system/graphics/exSpectrumMaskAmplitude",
-             Resource(GraphicsSignals::maskAmplitude()));
-  hostAction(host, tavelabi::CCRUD::Create, "/system/graphics/exSpectrumMaskFrequency",
-             Resource(GraphicsSignals::maskFrequency()));
+  ServerSteps::act(host, tavelabi::CCRUD::Create, "/system/graphics/exSpectrumFrequency",
+                   Resource(GraphicsSignals::spectrumFrequency(points)));
+  ServerSteps::act(host, tavelabi::CCRUD::Create, "/system/graphics/exSpectrumMaskAmplitude",
+                   Resource(GraphicsSignals::maskAmplitude()));
+  ServerSteps::act(host, tavelabi::CCRUD::Create, "/system/graphics/exSpectrumMaskFrequency",
+                   Resource(GraphicsSignals::maskFrequency()));
   Resource amplitude = GraphicsSignals::spectrumScale();
   amplitude.values["value"] = GraphicsSignals::spectrumAmplitude(0.0, points, random);
-  hostAction(host, tavelabi::CCRUD::Create, kAmplitude, amplitude);
+  ServerSteps::act(host, tavelabi::CCRUD::Create, kAmplitude, amplitude);
 }
 
 // A new trace and the stamp of its change, in one Update.
 void change(sim::SimTavel& host, double seconds, int points, std::mt19937& random) {
   Resource update("value", GraphicsSignals::spectrumAmplitude(seconds, points, random));
   update.values["centerFrequency"] = ResourceValue(ServerSteps::stampMicroseconds());
-  hostAction(host, tavelabi::CCRUD::Update, kAmplitude, update);
+  ServerSteps::act(host, tavelabi::CCRUD::Update, kAmplitude, update);
 }
 
 bool parse(int argc, char** argv, Options& options) {

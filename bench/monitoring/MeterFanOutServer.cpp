@@ -43,11 +43,6 @@ struct Options {
   bool burst = false;
 };
 
-void create(sim::SimTavel& host, const std::string& path, const Resource& resource) {
-  tavelabi::ResourceAction action(tavelabi::CCRUD::Create, path, resource, nullptr, "");
-  host.processInternalAction(action);
-}
-
 // The collection, its groups and their meters, each meter with the keys of a real one.
 std::vector<std::string> seedMeters(sim::SimTavel& host, const Options& options) {
   std::vector<std::vector<std::string>> groupMeters(static_cast<std::size_t>(options.groups));
@@ -66,7 +61,7 @@ std::vector<std::string> seedMeters(sim::SimTavel& host, const Options& options)
     meter.addValue("digitsToDisplay", ResourceValue(1));
     meter.addValue("deviceName", ResourceValue(std::string("Exciter")));
     meter.addValue("deviceId", ResourceValue(std::string("1")));
-    create(host, path, meter);
+    ServerSteps::act(host, tavelabi::CCRUD::Create, path, meter);
     groupMeters[static_cast<std::size_t>(group)].emplace_back(path);
     meters.push_back(path);
   }
@@ -77,21 +72,19 @@ std::vector<std::string> seedMeters(sim::SimTavel& host, const Options& options)
     resource.addValue("guid", ResourceValue("bench-group-" + std::to_string(group)));
     resource.addValue("path", ResourceValue(path));
     resource.addValue("label", ResourceValue("Group " + std::to_string(group)));
-    create(host, path, resource);
+    ServerSteps::act(host, tavelabi::CCRUD::Create, path, resource);
     groupPaths.emplace_back(path);
   }
   Resource collection{ResourceValue(groupPaths)};
   collection.addValue("path", ResourceValue(std::string(kCollection)));
   collection.addValue("label", ResourceValue(std::string("Bench meters")));
-  create(host, kCollection, collection);
+  ServerSteps::act(host, tavelabi::CCRUD::Create, kCollection, collection);
   return meters;
 }
 
 void move(sim::SimTavel& host, const std::string& path) {
-  tavelabi::ResourceAction action(tavelabi::CCRUD::Update, path,
-                                  Resource(ResourceValue(ServerSteps::stampMicroseconds())),
-                                  nullptr, "");
-  host.processInternalAction(action);
+  ServerSteps::act(host, tavelabi::CCRUD::Update, path,
+                   Resource(ResourceValue(ServerSteps::stampMicroseconds())));
 }
 
 bool parse(int argc, char** argv, Options& options) {

@@ -32,6 +32,12 @@ void ServerSteps::openBenchSession(sim::SimTavel& host) {
   host.openSession("bench", "bench-session");
 }
 
+void ServerSteps::act(sim::SimTavel& host, tavelabi::CCRUD verb, const std::string& path,
+                      const tavelabi::Resource& resource) {
+  tavelabi::ResourceAction action(verb, path, resource, nullptr, "");
+  host.processInternalAction(action);
+}
+
 double ServerSteps::cpuSeconds() {
   rusage usage{};
   getrusage(RUSAGE_SELF, &usage);

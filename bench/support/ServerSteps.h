@@ -8,6 +8,8 @@
 
 #include "EmbeddedHost.h"
 #include "sim/SimTavel.h"
+#include "tavelabi/Resource.h"
+#include "tavelabi/ResourceAction.h"
 
 namespace halvor::kelo::bench {
 
@@ -39,6 +41,11 @@ class ServerSteps {
   // clients send as their cookie.
   static EmbeddedHost::Options hostOptions(const std::string& name, int ioThreads);
   static void openBenchSession(sim::SimTavel& host);
+
+  // One action of the benchmark itself on the host (no session), as its models would make it:
+  // the seeding of its resources and each change.
+  static void act(sim::SimTavel& host, tavelabi::CCRUD verb, const std::string& path,
+                  const tavelabi::Resource& resource);
 
   // CPU time of this process, user and system, in seconds.
   static double cpuSeconds();

@@ -52,8 +52,7 @@ void update(sim::SimTavel& host, int sequence) {
       std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now().time_since_epoch()).count();
   tavelabi::Resource resource{tavelabi::ResourceValue(sequence)};
   resource.addValue("sentNs", tavelabi::ResourceValue(std::to_string(sent)));
-  tavelabi::ResourceAction action(tavelabi::CCRUD::Update, kPath, resource, nullptr, "");
-  host.processInternalAction(action);
+  ServerSteps::act(host, tavelabi::CCRUD::Update, kPath, resource);
 }
 
 int run(int argc, char** argv) {
@@ -76,11 +75,8 @@ int run(int argc, char** argv) {
   EmbeddedHost embedded(ServerSteps::hostOptions("bench-ws-fanout-server", threads));
   sim::SimTavel& host = embedded.host();
   ServerSteps::openBenchSession(host);
-  {
-    tavelabi::ResourceAction create(tavelabi::CCRUD::Create, kPath,
-                                    tavelabi::Resource(tavelabi::ResourceValue(0)), nullptr, "");
-    host.processInternalAction(create);
-  }
+  ServerSteps::act(host, tavelabi::CCRUD::Create, kPath,
+                   tavelabi::Resource(tavelabi::ResourceValue(0)));
   web::HttpAppFramework& application = embedded.application();
   if (!embedded.start()) return 1;
   const HostLoop hostLoop(embedded);
