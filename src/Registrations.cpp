@@ -12,6 +12,7 @@
 #include "kelo/handlers/http/meters/MeterRoutes.h"
 #include "kelo/handlers/http/metrics/MetricsRoutes.h"
 #include "kelo/handlers/http/notifications/NotificationRoutes.h"
+#include "kelo/handlers/http/orban/OrbanRoutes.h"
 #include "kelo/handlers/http/playlists/PlaylistRoutes.h"
 #include "kelo/handlers/http/session/SessionRoutes.h"
 #include "kelo/handlers/http/settings/SettingsRoutes.h"
@@ -46,6 +47,7 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   NotificationRoutes::registerNotificationRoutes(application);
   FileRoutes::registerFileRoutes(application);
   PlaylistRoutes::registerPlaylistRoutes(application);
+  OrbanRoutes::registerOrbanRoutes(application);
 }
 
 }  // namespace halvor::kelo

@@ -17,6 +17,8 @@ const FactoryRules& factoryRulesOf(const google::protobuf::Descriptor& descripto
       // The record's time comes from two keys ("seconds", "hundredths"), so the handler makes
       // it; "eventType" and "severity" are names of their enumerations, as the generic rule reads.
       {"halvor.protobuf.LoggedEvent", FactoryRules().keepOverride("time")},
+      // A preset of the audio processor has every key; one missing is "map::at".
+      {"halvor.protobuf.OrbanPresetName", FactoryRules().requireKeys()},
   };
   static const FactoryRules kGeneric;
   const auto found = kRules.find(descriptor.full_name());

@@ -41,4 +41,37 @@ void BackgroundConfirmation::pause(std::chrono::milliseconds period) {
   }
 }
 
+void BackgroundConfirmation::start(Reply reply, std::chrono::milliseconds period, GiveUp giveUp,
+                                   Pass pass) {
+  auto* queue = web::app().getPlugin<BackgroundTaskQueue>();
+  if (queue == nullptr) {
+    throw std::logic_error("The web configuration has no BackgroundTaskQueue");
+  }
+  queue->runInBackground([reply = std::move(reply), period, giveUp = std::move(giveUp),
+                          pass = std::move(pass)] { run(reply, period, giveUp, pass); });
+}
+
+void BackgroundConfirmation::run(const Reply& reply, std::chrono::milliseconds period,
+                                 const GiveUp& giveUp, const Pass& pass) {
+  try {
+    int pauses = 0;
+    bool confirmed = pass();
+    while (!confirmed && pauses < giveUp.retries) {
+      ++pauses;
+      pause(period);
+      confirmed = pass();
+    }
+    if (confirmed) {
+      reply.resp->setStatusCode(200);
+    } else {
+      reply.resp->setContentTypeCode(web::CT_TEXT_PLAIN);
+      reply.resp->setBody(giveUp.text);
+      reply.resp->setStatusCode(giveUp.status);
+    }
+  } catch (...) {
+    KeloFrame::mapCurrentException(*reply.resp);
+  }
+  reply.callback(reply.resp);
+}
+
 }  // namespace halvor::kelo

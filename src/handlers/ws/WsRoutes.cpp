@@ -8,6 +8,7 @@
 #include "kelo/handlers/ws/WsEqFrequencyResponse.h"
 #include "kelo/handlers/ws/WsGetConstellation.h"
 #include "kelo/handlers/ws/WsGetLissajous.h"
+#include "kelo/handlers/ws/WsGetOrbanActivePreset.h"
 #include "kelo/handlers/ws/WsGetSetting.h"
 #include "kelo/handlers/ws/WsGetFrequencyTrace.h"
 #include "kelo/handlers/ws/WsGetSubCarriers.h"
@@ -26,6 +27,8 @@ void WsRoutes::registerWsRoutes(web::HttpAppFramework& application) {
                     WsAudioModVectors>(application);
   // The settings pages.
   FamilyRoutes::add<WsGetSetting>(application);
+  // The audio processor's active preset.
+  FamilyRoutes::add<WsGetOrbanActivePreset>(application);
 }
 
 }  // namespace halvor::kelo

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <functional>
+#include <string>
 
 #include "kelo/web/HttpRequest.h"
 #include "kelo/web/HttpResponse.h"
@@ -39,6 +40,21 @@ class BackgroundConfirmation {
 
   // Waits `period`, resuming after a signal until the whole time has passed.
   static void pause(std::chrono::milliseconds period);
+
+  // The end of a wait that is not confirmed in time: after `retries` pauses, a pass that still
+  // says no ends the loop, and the answer is `status` with `text` as plain text.
+  struct GiveUp {
+    int retries;
+    int status;
+    std::string text;
+  };
+
+  // The bounded form of start(): the same loop, at most giveUp.retries pauses.
+  static void start(Reply reply, std::chrono::milliseconds period, GiveUp giveUp, Pass pass);
+
+  // The bounded loop on the calling thread. A confirmation answers 200 as run() does.
+  static void run(const Reply& reply, std::chrono::milliseconds period, const GiveUp& giveUp,
+                  const Pass& pass);
 };
 
 }  // namespace halvor::kelo

@@ -138,5 +138,56 @@ TEST(BackgroundConfirmationTest, StartRunsTheLoopOnTheBackgroundQueueAndReturnsA
   queue->shutdown();
 }
 
+BackgroundConfirmation::GiveUp giveUpAfter(int retries) { return {retries, 500, "Gave up."}; }
+
+TEST(BackgroundConfirmationTest, TheBoundedLoopAnswers200WhenAPassConfirmsWithinTheRetries) {
+  Answer answer;
+  BackgroundConfirmation::Reply reply = replyTo(answer);
+  reply.resp->setContentTypeCode(web::CT_APPLICATION_JSON);
+  int passes = 0;
+  BackgroundConfirmation::run(reply, milliseconds(1), giveUpAfter(3),
+                              [&passes] { return ++passes == 4; });
+  EXPECT_EQ(passes, 4);
+  ASSERT_EQ(answer.calls(), 1);
+  EXPECT_EQ(answer.wait()->statusCode(), web::k200OK);
+  EXPECT_EQ(answer.wait()->contentType(), web::CT_APPLICATION_JSON);
+  EXPECT_TRUE(answer.wait()->body().empty());
+}
+
+TEST(BackgroundConfirmationTest, TheBoundedLoopGivesUpAfterItsRetriesWithTheStatusAndPlainText) {
+  Answer answer;
+  BackgroundConfirmation::Reply reply = replyTo(answer);
+  reply.resp->setContentTypeCode(web::CT_APPLICATION_JSON);
+  int passes = 0;
+  const auto start = std::chrono::steady_clock::now();
+  BackgroundConfirmation::run(reply, milliseconds(20), giveUpAfter(3), [&passes] {
+    ++passes;
+    return false;
+  });
+  // One pass, then one after each of the three waits.
+  EXPECT_EQ(passes, 4);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(60));
+  ASSERT_EQ(answer.calls(), 1);
+  const web::HttpResponsePtr resp = answer.wait();
+  EXPECT_EQ(resp->statusCode(), 500);
+  EXPECT_EQ(resp->body(), "Gave up.");
+  EXPECT_EQ(resp->contentType(), web::CT_TEXT_PLAIN);
+  EXPECT_FALSE(resp->ifCloseConnection());
+}
+
+TEST(BackgroundConfirmationTest, TheBoundedLoopMapsAFailedPassAsTheFrameDoes) {
+  Answer answer;
+  int passes = 0;
+  BackgroundConfirmation::run(replyTo(answer), milliseconds(1), giveUpAfter(5),
+                              [&passes]() -> bool {
+                                if (++passes == 2) throw tavelabi::AuthorizationFailure("refused");
+                                return false;
+                              });
+  EXPECT_EQ(passes, 2);
+  ASSERT_EQ(answer.calls(), 1);
+  EXPECT_EQ(answer.wait()->statusCode(), 403);
+  EXPECT_TRUE(answer.wait()->ifCloseConnection());
+}
+
 }  // namespace
 }  // namespace halvor::kelo
