@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "OrbanTestSupport.h"
+#include "kelo/Exceptions.h"
 #include "kelo/controllers/RouteTable.h"
 #include "kelo/handlers/http/orban/PutOrbanActivePreset.h"
 #include "support/FakePluginInfo.h"
@@ -176,9 +177,16 @@ TEST_F(PutOrbanActivePresetTest, ABodyThatIsNotJsonIsAParserFailureWithTheReader
 }
 
 TEST_F(PutOrbanActivePresetTest, ARefusedUpdateFailsBeforeAnythingIsQueued) {
-  host.fail("/orban/activePreset/name",
-            [] { throw tavelabi::AuthorizationFailure("User viewer may not Update"); });
-  EXPECT_THROW(put(R"({"name":"Night"})"), tavelabi::AuthorizationFailure);
+  // A host of its own: the fixture's host accepts every Update of the path.
+  ScriptedHost refusing;
+  refusing.fail("/orban/activePreset/name",
+                [] { throw tavelabi::AuthorizationFailure("User viewer may not Update"); });
+  web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
+  EXPECT_THROW(handler.putOrbanActivePreset(
+                   makeRequest(web::Put, "/1/api/orban/active", "", R"({"name":"Night"})"), resp,
+                   &refusing, &info, "s1", answer.callback()),
+               tavelabi::AuthorizationFailure);
+  EXPECT_EQ(refusing.actions().size(), 1u);
   EXPECT_EQ(answer.wait(50ms), nullptr);
 }
 
