@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "SimTestSupport.h"
-#include "sim/models/ModelRegistry.h"
 #include "sim/models/ProcessorModel.h"
 #include "tavelabi/Exceptions.h"
 #include "tavelabi/ResourceAction.h"
@@ -28,11 +27,9 @@ class ProcessorModelTest : public ::testing::Test {
   void install(Json::Value section = Json::objectValue) {
     if (!section.isMember("applyDelayMs")) section["applyDelayMs"] = 500;
     if (!section.isMember("updatedDelayMs")) section["updatedDelayMs"] = 300;
-    ModelRegistry::install(host, {[section] {
-                             auto model = std::make_unique<ProcessorModel>();
-                             model->applyFixture(section);
-                             return std::unique_ptr<Model>(std::move(model));
-                           }});
+    auto model = std::make_unique<ProcessorModel>();
+    model->applyFixture(section);
+    host.installModel(std::move(model));
   }
 
   Resource run(CCRUD verb, const std::string& path, const Resource& resource = Resource()) {
@@ -42,7 +39,8 @@ class ProcessorModelTest : public ::testing::Test {
 
   std::vector<std::string> names() {
     std::vector<std::string> result;
-    for (const auto& entry : host.peek("/orban/presetList")->values.at("value").getListValue()) {
+    const Resource list = *host.peek("/orban/presetList");
+    for (const auto& entry : list.values.at("value").getListValue()) {
       result.push_back(entry.getStringValue());
     }
     return result;
