@@ -17,6 +17,9 @@ const FactoryRules& factoryRulesOf(const google::protobuf::Descriptor& descripto
       // The record's time comes from two keys ("seconds", "hundredths"), so the handler makes
       // it; "eventType" and "severity" are names of their enumerations, as the generic rule reads.
       {"halvor.protobuf.LoggedEvent", FactoryRules().keepOverride("time")},
+      // Every key of an analog output is mandatory; the host names the wanted value "set_value".
+      {"halvor.protobuf.AnalogOutput",
+       FactoryRules().readFrom("setValue", {"set_value"}).requireKeys()},
   };
   static const FactoryRules kGeneric;
   const auto found = kRules.find(descriptor.full_name());

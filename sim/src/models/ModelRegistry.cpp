@@ -9,10 +9,14 @@
 #include "sim/models/FileModel.h"
 #include "sim/models/GraphicsModel.h"
 #include "sim/models/MeterModel.h"
+#include "sim/models/NetworkModel.h"
 #include "sim/models/NotificationModel.h"
 #include "sim/models/PlaylistModel.h"
+#include "sim/models/RemoteIoModel.h"
 #include "sim/models/SettingsModel.h"
 #include "sim/models/SnmpModel.h"
+#include "sim/models/TimeModel.h"
+#include "sim/models/VersionModel.h"
 
 namespace halvor::sim {
 
@@ -30,6 +34,7 @@ const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
       make<DemoModel>,       make<DeviceModel>,       make<AlarmModel>,    make<MeterModel>,
       make<AudioInputModel>, make<EventLogModel>,     make<GraphicsModel>, make<SettingsModel>,
       make<SnmpModel>,       make<NotificationModel>, make<FileModel>,     make<PlaylistModel>,
+      make<RemoteIoModel>,   make<NetworkModel>,      make<TimeModel>,     make<VersionModel>,
   };
   return table;
 }
