@@ -11,13 +11,17 @@
 #include "kelo/handlers/http/graphics/GraphicsRoutes.h"
 #include "kelo/handlers/http/meters/MeterRoutes.h"
 #include "kelo/handlers/http/metrics/MetricsRoutes.h"
+#include "kelo/handlers/http/network/NetworkRoutes.h"
 #include "kelo/handlers/http/notifications/NotificationRoutes.h"
 #include "kelo/handlers/http/orban/OrbanRoutes.h"
 #include "kelo/handlers/http/playlists/PlaylistRoutes.h"
+#include "kelo/handlers/http/remoteio/RemoteIoRoutes.h"
 #include "kelo/handlers/http/session/SessionRoutes.h"
 #include "kelo/handlers/http/settings/SettingsRoutes.h"
 #include "kelo/handlers/http/snmp/SnmpRoutes.h"
+#include "kelo/handlers/http/time/TimeRoutes.h"
 #include "kelo/handlers/http/users/UserRoutes.h"
+#include "kelo/handlers/http/versions/VersionRoutes.h"
 #include "kelo/handlers/ws/ResourceListenerManager.h"
 #include "kelo/handlers/ws/WsRoutes.h"
 
@@ -48,6 +52,10 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   FileRoutes::registerFileRoutes(application);
   PlaylistRoutes::registerPlaylistRoutes(application);
   OrbanRoutes::registerOrbanRoutes(application);
+  RemoteIoRoutes::registerRemoteIoRoutes(application);
+  NetworkRoutes::registerNetworkRoutes(application);
+  TimeRoutes::registerTimeRoutes(application);
+  VersionRoutes::registerVersionRoutes(application);
 }
 
 }  // namespace halvor::kelo

@@ -19,6 +19,9 @@ const FactoryRules& factoryRulesOf(const google::protobuf::Descriptor& descripto
       {"halvor.protobuf.LoggedEvent", FactoryRules().keepOverride("time")},
       // A preset of the audio processor has every key; one missing is "map::at".
       {"halvor.protobuf.OrbanPresetName", FactoryRules().requireKeys()},
+      // Every key of an analog output is mandatory; the host names the wanted value "set_value".
+      {"halvor.protobuf.AnalogOutput",
+       FactoryRules().readFrom("setValue", {"set_value"}).requireKeys()},
   };
   static const FactoryRules kGeneric;
   const auto found = kRules.find(descriptor.full_name());

@@ -27,7 +27,7 @@ struct Rule {
 
 // The rights table. The first rule whose verbs and glob fit the action decides; an action that
 // no rule fits is refused. Commands count as writes unless a rule above says otherwise.
-constexpr std::array<Rule, 16> kRules{{
+constexpr std::array<Rule, 18> kRules{{
     // Another user's record, or another session, is the administrator's business alone.
     {Verbs::Read, "/user/users/*", Grant::Yes, Grant::OwnRecordOnly, Grant::OwnRecordOnly},
     {Verbs::Read, "/session/sessions/*", Grant::Yes, Grant::OwnRecordOnly, Grant::OwnRecordOnly},
@@ -37,6 +37,9 @@ constexpr std::array<Rule, 16> kRules{{
     {Verbs::Command, "/user/command/autoLogin", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/session/command/newSession", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/resource/list", Grant::Yes, Grant::Yes, Grant::Yes},
+    // Fetching the platform's network and reading the remote support state change nothing.
+    {Verbs::Command, "/qCore/getip", Grant::Yes, Grant::Yes, Grant::Yes},
+    {Verbs::Command, "/command/qcore/readSkyRunRemoteSupport", Grant::Yes, Grant::Yes, Grant::Yes},
     // Reading and exporting the event log change nothing; clearing it is a write.
     {Verbs::Command, "/command/eventlog/getEvents", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/command/eventlog/generateCsv", Grant::Yes, Grant::Yes, Grant::Yes},

@@ -156,6 +156,7 @@ bool SimTavel::createIfAbsent(const std::string& path, const Resource& resource)
 void SimTavel::installModel(std::unique_ptr<Model> model) {
   model->attach(*this);
   addCommands(model->commands(), "model " + model->name());
+  writeChecks_.add(model->writeChecks(), "model " + model->name());
   std::lock_guard lock(modelsMutex_);
   std::string section = model->fixtureSection();
   for (const auto& [name, settings] : fixtureSections_) {
@@ -334,6 +335,10 @@ Resource SimTavel::execute(ResourceAction& action) {
       return tree_.create(action.path, action.resource,
                           [&](const Resource& stored) { enqueueStored(action, stored); });
     case CCRUD::Update:
+      if (std::optional<CommandHandler> check = writeChecks_.find(action.path)) {
+        Resource refusal = (*check)(action);
+        if (!refusal.values.empty()) return refusal;
+      }
       return tree_.update(action.path, action.resource,
                           [&](const Resource& stored) { enqueueStored(action, stored); });
     case CCRUD::Delete:

@@ -149,6 +149,8 @@ class SimTavel : public tavelabi::ITavel {
   SessionTable sessions_;
   ListenerDispatcher listeners_;
   CommandTable commands_;
+  // The models' checks of writes (Model::writeChecks), by path.
+  CommandTable writeChecks_;
 
   // Held while models are installed, ticked or handed fixture sections.
   mutable std::mutex modelsMutex_;

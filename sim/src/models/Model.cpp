@@ -6,6 +6,8 @@ Model::~Model() = default;
 
 std::vector<Command> Model::commands() { return {}; }
 
+std::vector<Command> Model::writeChecks() { return {}; }
+
 std::string Model::fixtureSection() const { return {}; }
 
 void Model::applyFixture(const Json::Value& /*section*/) {}

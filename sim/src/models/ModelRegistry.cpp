@@ -9,11 +9,15 @@
 #include "sim/models/FileModel.h"
 #include "sim/models/GraphicsModel.h"
 #include "sim/models/MeterModel.h"
+#include "sim/models/NetworkModel.h"
 #include "sim/models/NotificationModel.h"
 #include "sim/models/PlaylistModel.h"
 #include "sim/models/ProcessorModel.h"
+#include "sim/models/RemoteIoModel.h"
 #include "sim/models/SettingsModel.h"
 #include "sim/models/SnmpModel.h"
+#include "sim/models/TimeModel.h"
+#include "sim/models/VersionModel.h"
 
 namespace halvor::sim {
 
@@ -32,6 +36,7 @@ const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
       make<AudioInputModel>, make<EventLogModel>,     make<GraphicsModel>, make<SettingsModel>,
       make<SnmpModel>,       make<NotificationModel>, make<FileModel>,     make<PlaylistModel>,
       make<ProcessorModel>,
+      make<RemoteIoModel>,   make<NetworkModel>,      make<TimeModel>,     make<VersionModel>,
   };
   return table;
 }

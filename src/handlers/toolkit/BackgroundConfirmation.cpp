@@ -20,6 +20,25 @@ void BackgroundConfirmation::start(Reply reply, std::chrono::milliseconds period
       [reply = std::move(reply), period, pass = std::move(pass)] { run(reply, period, pass); });
 }
 
+void BackgroundConfirmation::startOnce(Reply reply, Answer answer) {
+  auto* queue = web::app().getPlugin<BackgroundTaskQueue>();
+  if (queue == nullptr) {
+    throw std::logic_error("The web configuration has no BackgroundTaskQueue");
+  }
+  queue->runInBackground(
+      [reply = std::move(reply), answer = std::move(answer)] { answerOnce(reply, answer); });
+}
+
+void BackgroundConfirmation::answerOnce(const Reply& reply, const Answer& answer) {
+  web::HttpResponsePtr resp = reply.resp;
+  try {
+    answer(resp);
+  } catch (...) {
+    KeloFrame::mapCurrentException(*reply.resp);
+  }
+  reply.callback(reply.resp);
+}
+
 void BackgroundConfirmation::run(const Reply& reply, std::chrono::milliseconds period,
                                  const Pass& pass) {
   try {

@@ -38,6 +38,14 @@ class BackgroundConfirmation {
   // The loop itself, on the calling thread: what the queued task runs.
   static void run(const Reply& reply, std::chrono::milliseconds period, const Pass& pass);
 
+  // One host action answered later: runs `answer` once on the background queue; it sets the
+  // response's status and body itself. A failure is mapped as the frame maps it; either way the
+  // response then goes out through the callback. Throws std::logic_error as start() does.
+  using Answer = std::function<void(web::HttpResponsePtr& resp)>;
+  static void startOnce(Reply reply, Answer answer);
+  // What the queued task of startOnce runs, on the calling thread.
+  static void answerOnce(const Reply& reply, const Answer& answer);
+
   // Waits `period`, resuming after a signal until the whole time has passed.
   static void pause(std::chrono::milliseconds period);
 

@@ -30,6 +30,11 @@ class Model {
   virtual std::string name() const = 0;
   // The commands the model serves, path -> member (see bind()). Asked once, at installation.
   virtual std::vector<Command> commands();
+  // Checks of writes, path -> check, asked once at installation. Before an Update of that path
+  // is stored, its check runs on the caller's thread: an empty answer lets the write through, any
+  // other answer refuses it (nothing is stored, the caller gets that answer, e.g. one holding
+  // "errorMessage", as the transmitter answers a value it cannot take).
+  virtual std::vector<Command> writeChecks();
   // The key of a fixture file that holds this model's settings, empty for none.
   virtual std::string fixtureSection() const;
   // The model's section of one fixture, as written there.

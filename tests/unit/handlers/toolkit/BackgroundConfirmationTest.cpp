@@ -189,5 +189,27 @@ TEST(BackgroundConfirmationTest, TheBoundedLoopMapsAFailedPassAsTheFrameDoes) {
   EXPECT_TRUE(answer.wait()->ifCloseConnection());
 }
 
+
+TEST(BackgroundConfirmationTest, AnAnswerOnceSetsItsOwnStatusAndBodyAndIsSentOnce) {
+  Answer answer;
+  BackgroundConfirmation::answerOnce(replyTo(answer), [](web::HttpResponsePtr& resp) {
+    resp->setStatusCode(web::k500InternalServerError);
+    resp->setBody("platform unreachable");
+  });
+  const web::HttpResponsePtr resp = answer.wait();
+  EXPECT_EQ(resp->statusCode(), 500);
+  EXPECT_EQ(std::string(resp->body()), "platform unreachable");
+  EXPECT_EQ(answer.calls(), 1);
+}
+
+TEST(BackgroundConfirmationTest, AnAnswerOnceThatThrowsIsMappedAsTheFrameMapsIt) {
+  Answer answer;
+  BackgroundConfirmation::answerOnce(replyTo(answer), [](web::HttpResponsePtr&) {
+    throw tavelabi::NonExistentSessionException("gone");
+  });
+  EXPECT_EQ(answer.wait()->statusCode(), 440);
+  EXPECT_EQ(answer.calls(), 1);
+}
+
 }  // namespace
 }  // namespace halvor::kelo
