@@ -13,6 +13,7 @@
 #include "kelo/handlers/http/metrics/MetricsRoutes.h"
 #include "kelo/handlers/http/notifications/NotificationRoutes.h"
 #include "kelo/handlers/http/playlists/PlaylistRoutes.h"
+#include "kelo/handlers/http/presets/PresetRoutes.h"
 #include "kelo/handlers/http/session/SessionRoutes.h"
 #include "kelo/handlers/http/settings/SettingsRoutes.h"
 #include "kelo/handlers/http/snmp/SnmpRoutes.h"
@@ -46,6 +47,7 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   NotificationRoutes::registerNotificationRoutes(application);
   FileRoutes::registerFileRoutes(application);
   PlaylistRoutes::registerPlaylistRoutes(application);
+  PresetRoutes::registerPresetRoutes(application);
 }
 
 }  // namespace halvor::kelo

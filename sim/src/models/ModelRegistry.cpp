@@ -11,6 +11,7 @@
 #include "sim/models/MeterModel.h"
 #include "sim/models/NotificationModel.h"
 #include "sim/models/PlaylistModel.h"
+#include "sim/models/PresetModel.h"
 #include "sim/models/SettingsModel.h"
 #include "sim/models/SnmpModel.h"
 
@@ -30,6 +31,7 @@ const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
       make<DemoModel>,       make<DeviceModel>,       make<AlarmModel>,    make<MeterModel>,
       make<AudioInputModel>, make<EventLogModel>,     make<GraphicsModel>, make<SettingsModel>,
       make<SnmpModel>,       make<NotificationModel>, make<FileModel>,     make<PlaylistModel>,
+      make<PresetModel>,
   };
   return table;
 }

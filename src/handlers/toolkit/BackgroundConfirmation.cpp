@@ -11,22 +11,49 @@
 
 namespace halvor::kelo {
 
-void BackgroundConfirmation::start(Reply reply, std::chrono::milliseconds period, Pass pass) {
+namespace {
+
+BackgroundTaskQueue& backgroundQueue() {
   auto* queue = web::app().getPlugin<BackgroundTaskQueue>();
   if (queue == nullptr) {
     throw std::logic_error("The web configuration has no BackgroundTaskQueue");
   }
-  queue->runInBackground(
+  return *queue;
+}
+
+}  // namespace
+
+void BackgroundConfirmation::start(Reply reply, std::chrono::milliseconds period, Pass pass) {
+  BackgroundTaskQueue& queue = backgroundQueue();
+  queue.runInBackground(
       [reply = std::move(reply), period, pass = std::move(pass)] { run(reply, period, pass); });
+}
+
+void BackgroundConfirmation::startWithVerdict(Reply reply, std::chrono::milliseconds period,
+                                              Verdict pass) {
+  BackgroundTaskQueue& queue = backgroundQueue();
+  queue.runInBackground([reply = std::move(reply), period, pass = std::move(pass)] {
+    runWithVerdict(reply, period, pass);
+  });
 }
 
 void BackgroundConfirmation::run(const Reply& reply, std::chrono::milliseconds period,
                                  const Pass& pass) {
+  runWithVerdict(reply, period, [&pass]() -> std::optional<int> {
+    if (pass()) return 200;
+    return std::nullopt;
+  });
+}
+
+void BackgroundConfirmation::runWithVerdict(const Reply& reply, std::chrono::milliseconds period,
+                                            const Verdict& pass) {
   try {
-    while (!pass()) {
+    std::optional<int> status = pass();
+    while (!status) {
       pause(period);
+      status = pass();
     }
-    reply.resp->setStatusCode(200);
+    reply.resp->setStatusCode(*status);
   } catch (...) {
     KeloFrame::mapCurrentException(*reply.resp);
   }

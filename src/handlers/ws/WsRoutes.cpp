@@ -8,6 +8,10 @@
 #include "kelo/handlers/ws/WsEqFrequencyResponse.h"
 #include "kelo/handlers/ws/WsGetConstellation.h"
 #include "kelo/handlers/ws/WsGetLissajous.h"
+#include "kelo/handlers/ws/WsGetActivePreset.h"
+#include "kelo/handlers/ws/WsGetPresetHardwareErrors.h"
+#include "kelo/handlers/ws/WsGetPresetLayout.h"
+#include "kelo/handlers/ws/WsGetPresetSummaryList.h"
 #include "kelo/handlers/ws/WsGetSetting.h"
 #include "kelo/handlers/ws/WsGetFrequencyTrace.h"
 #include "kelo/handlers/ws/WsGetSubCarriers.h"
@@ -26,6 +30,9 @@ void WsRoutes::registerWsRoutes(web::HttpAppFramework& application) {
                     WsAudioModVectors>(application);
   // The settings pages.
   FamilyRoutes::add<WsGetSetting>(application);
+  // The broadcast presets.
+  FamilyRoutes::add<WsGetActivePreset, WsGetPresetLayout, WsGetPresetSummaryList,
+                    WsGetPresetHardwareErrors>(application);
 }
 
 }  // namespace halvor::kelo

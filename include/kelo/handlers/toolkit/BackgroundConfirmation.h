@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 
 #include "kelo/web/HttpRequest.h"
 #include "kelo/web/HttpResponse.h"
@@ -23,6 +24,10 @@ class BackgroundConfirmation {
 
   // One pass over the host: true when every write is confirmed. Runs on the background queue.
   using Pass = std::function<bool()>;
+  // A pass that also decides the answer's status: empty while the host is not done, otherwise
+  // the status to answer with (the pass has left the body it wants on the response). For the
+  // waits whose end may be a failure that is not an exception (a 500 with the host's text).
+  using Verdict = std::function<std::optional<int>()>;
 
   struct Reply {
     web::HttpRequestPtr req;
@@ -34,8 +39,13 @@ class BackgroundConfirmation {
   // application has no such plug-in (before anything is handed on, so the frame answers 500).
   static void start(Reply reply, std::chrono::milliseconds period, Pass pass);
 
-  // The loop itself, on the calling thread: what the queued task runs.
+  // The same loop with a pass that decides the status; a thrown failure is mapped as above.
+  static void startWithVerdict(Reply reply, std::chrono::milliseconds period, Verdict pass);
+
+  // The loops themselves, on the calling thread: what the queued task runs.
   static void run(const Reply& reply, std::chrono::milliseconds period, const Pass& pass);
+  static void runWithVerdict(const Reply& reply, std::chrono::milliseconds period,
+                             const Verdict& pass);
 
   // Waits `period`, resuming after a signal until the whole time has passed.
   static void pause(std::chrono::milliseconds period);
