@@ -47,7 +47,8 @@ constexpr Demo kDemos[] = {
     {"Weekend jazz", 98.5, 4800, "FM_PLUS_HD", "DIGITAL_PRIMARY", "KELOJAZZ", 14},
 };
 
-ResourceValue::Map section(std::initializer_list<std::pair<const std::string, ResourceValue>> values) {
+ResourceValue::Map section(
+    std::initializer_list<std::pair<const std::string, ResourceValue>> values) {
   return ResourceValue::Map(values);
 }
 
@@ -205,7 +206,8 @@ Resource PresetModel::step(ResourceAction& action, const std::string& kind, Fini
         return failure("The hardware refused the " + kind + " of preset " + pending.guid);
       }
       const auto sections = action.resource.values.find("value");
-      if (sections != action.resource.values.end()) pending.sections = sections->second.getMapValue();
+      if (sections != action.resource.values.end())
+        pending.sections = sections->second.getMapValue();
       pending_[key] = pending;
       return Resource("actionStarted", ResourceValue(true));
     }
@@ -282,7 +284,8 @@ void PresetModel::reportHardwareError(const std::string& text) {
   std::lock_guard lock(errorsMutex_);
   const std::optional<Resource> stored = host().peek(kHardwareErrors);
   ResourceValue::List errors;
-  if (stored && stored->values.count("value") != 0) errors = stored->values.at("value").getListValue();
+  if (stored && stored->values.count("value") != 0)
+    errors = stored->values.at("value").getListValue();
   errors.push_back(ResourceValue(text));
   ResourceValue list;
   list.setType(tavelabi::ResourceValueType::LIST_VALUE);

@@ -6,12 +6,11 @@
 
 namespace halvor::kelo {
 
-void WsGetActivePreset::messageGenerator(const web::HttpRequestPtr& req, tavelabi::Resource& resource,
-                               std::string sessionId, std::string& message,
-                               const std::string& /*path*/) {
+void WsGetActivePreset::messageGenerator(const web::HttpRequestPtr& req,
+                                         tavelabi::Resource& resource, std::string sessionId,
+                                         std::string& message, const std::string& /*path*/) {
   const tavelabi::Resource read = WsMessages::readBypassingActivity(req, sessionId, kPattern);
-  const bool complete =
-      resource.values.count("guid") != 0 && resource.values.count("value") != 0;
+  const bool complete = resource.values.count("guid") != 0 && resource.values.count("value") != 0;
   WsMessages::serialize(PresetHandlerHelpers::presetOf(complete ? resource : read), message);
 }
 

@@ -14,9 +14,10 @@ tavelabi::Resource WsGetPresetHardwareErrors::firstResource(const web::HttpReque
   return tavelabi::Resource(empty);
 }
 
-void WsGetPresetHardwareErrors::messageGenerator(const web::HttpRequestPtr& /*req*/, tavelabi::Resource& resource,
-                               std::string /*sessionId*/, std::string& message,
-                               const std::string& /*path*/) {
+void WsGetPresetHardwareErrors::messageGenerator(const web::HttpRequestPtr& /*req*/,
+                                                 tavelabi::Resource& resource,
+                                                 std::string /*sessionId*/, std::string& message,
+                                                 const std::string& /*path*/) {
   const auto given = resource.values.find("value");
   if (given == resource.values.end()) return;
   protobuf::HardWareErrorList errors;

@@ -6,9 +6,9 @@
 
 namespace halvor::kelo {
 
-void WsGetPresetSummaryList::messageGenerator(const web::HttpRequestPtr& req, tavelabi::Resource& resource,
-                               std::string sessionId, std::string& message,
-                               const std::string& /*path*/) {
+void WsGetPresetSummaryList::messageGenerator(const web::HttpRequestPtr& req,
+                                              tavelabi::Resource& resource, std::string sessionId,
+                                              std::string& message, const std::string& /*path*/) {
   const auto given = resource.values.find("value");
   if (given != resource.values.end()) {
     WsMessages::serialize(PresetHandlerHelpers::presetListOf(given->second), message);

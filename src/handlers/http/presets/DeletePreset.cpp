@@ -3,18 +3,18 @@
 #include <optional>
 #include <utility>
 
-#include "kelo/handlers/toolkit/BackgroundConfirmation.h"
 #include "kelo/handlers/http/presets/PresetHandlerHelpers.h"
+#include "kelo/handlers/toolkit/BackgroundConfirmation.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
 
 namespace halvor::kelo {
 
 void DeletePreset::deletePreset(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
-                          tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-                          std::string sessionId,
-                          web::ResponseCallback callback, std::string presetId) {
+                                tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
+                                std::string sessionId, web::ResponseCallback callback,
+                                std::string presetId) {
   KeloResourceAction first(tavelabi::CCRUD::Command, "/presets/delete",
-                          tavelabi::Resource("guid", presetId), info, sessionId, req);
+                           tavelabi::Resource("guid", presetId), info, sessionId, req);
   const tavelabi::Resource answer = tavel->processResourceAction(first);
   if (answer.values.count("errorOccurred") != 0) {
     resp->setStatusCode(web::k500InternalServerError);

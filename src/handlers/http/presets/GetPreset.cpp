@@ -9,15 +9,13 @@ namespace halvor::kelo {
 
 void GetPreset::getPreset(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-                          std::string sessionId,
-                          web::ResponseCallback callback, std::string presetId) {
-  PresetHandlerHelpers::answerWithPreset({req, resp, std::move(callback)}, tavel,
-                                         [req, info, sessionId, presetId] {
-                                           return KeloResourceAction(
-                                               tavelabi::CCRUD::Command, "/presets/load",
-                                               tavelabi::Resource("guid", presetId), info,
-                                               sessionId, req);
-                                         });
+                          std::string sessionId, web::ResponseCallback callback,
+                          std::string presetId) {
+  PresetHandlerHelpers::answerWithPreset(
+      {req, resp, std::move(callback)}, tavel, [req, info, sessionId, presetId] {
+        return KeloResourceAction(tavelabi::CCRUD::Command, "/presets/load",
+                                  tavelabi::Resource("guid", presetId), info, sessionId, req);
+      });
 }
 
 }  // namespace halvor::kelo

@@ -29,8 +29,8 @@ protobuf::BroadcastPreset PresetHandlerHelpers::makeBroadcastPreset(
 
 protobuf::BroadcastPreset PresetHandlerHelpers::presetOf(const Resource& answer) {
   const ResourceValue::Map& sections = answer.values.at("value").getMapValue();
-  return makeBroadcastPreset(answer.values.at("guid"),
-                             std::map<std::string, ResourceValue>(sections.begin(), sections.end()));
+  return makeBroadcastPreset(answer.values.at("guid"), std::map<std::string, ResourceValue>(
+                                                           sections.begin(), sections.end()));
 }
 
 protobuf::BroadcastPresetList PresetHandlerHelpers::presetListOf(const ResourceValue& list) {
@@ -79,8 +79,8 @@ Resource PresetHandlerHelpers::makeBroadcastPresetResource(std::string json) {
   ResourceValue::Map sections;
   for (const auto& [name, section] : preset.resources()) {
     const Resource hostSection = ResourceConverter::toTavelAbiResource(section);
-    sections[name] = ResourceValue(
-        ResourceValue::Map(hostSection.values.begin(), hostSection.values.end()));
+    sections[name] =
+        ResourceValue(ResourceValue::Map(hostSection.values.begin(), hostSection.values.end()));
   }
   resource.values["value"] = ResourceValue(sections);
   return resource;
@@ -91,14 +91,13 @@ void PresetHandlerHelpers::answerWithPreset(BackgroundConfirmation::Reply reply,
                                             std::function<tavelabi::ResourceAction()> makeAction) {
   web::HttpResponsePtr resp = reply.resp;
   // One pass holds the whole wait: the preset's own loop polls at its own period.
-  BackgroundConfirmation::start(std::move(reply), kPollPeriod,
-                                [resp, host, makeAction = std::move(makeAction)] {
-                                  const std::string json =
-                                      waitForBroadcastPreset(makeAction(), host);
-                                  resp->setContentTypeCode(web::CT_APPLICATION_JSON);
-                                  resp->setBody(json);
-                                  return true;
-                                });
+  BackgroundConfirmation::start(
+      std::move(reply), kPollPeriod, [resp, host, makeAction = std::move(makeAction)] {
+        const std::string json = waitForBroadcastPreset(makeAction(), host);
+        resp->setContentTypeCode(web::CT_APPLICATION_JSON);
+        resp->setBody(json);
+        return true;
+      });
 }
 
 }  // namespace halvor::kelo

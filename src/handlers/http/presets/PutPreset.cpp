@@ -9,8 +9,7 @@ namespace halvor::kelo {
 
 void PutPreset::putPreset(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-                          std::string sessionId,
-                          web::ResponseCallback callback) {
+                          std::string sessionId, web::ResponseCallback callback) {
   PresetHandlerHelpers::answerWithPreset(
       {req, resp, std::move(callback)}, tavel,
       [req, info, sessionId, body = std::string(req->body())] {

@@ -22,9 +22,9 @@ class DeletePreset : public web::HttpController<DeletePreset, true> {
   static constexpr std::chrono::milliseconds kPollPeriod{1000};
 
   virtual void deletePreset(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
-                          tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-                          std::string sessionId,
-                          web::ResponseCallback callback, std::string presetId);
+                            tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
+                            std::string sessionId, web::ResponseCallback callback,
+                            std::string presetId);
 };
 
 }  // namespace halvor::kelo

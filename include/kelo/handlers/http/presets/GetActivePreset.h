@@ -14,8 +14,8 @@ class GetActivePreset : public web::HttpController<GetActivePreset, true> {
   KELO_ROUTES_END
 
   virtual void getActivePreset(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
-                          tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-                          std::string sessionId);
+                               tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
+                               std::string sessionId);
 };
 
 }  // namespace halvor::kelo

@@ -15,9 +15,9 @@ class GetPreset : public web::HttpController<GetPreset, true> {
   KELO_ROUTES_END
 
   virtual void getPreset(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
-                          tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-                          std::string sessionId,
-                          web::ResponseCallback callback, std::string presetId);
+                         tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
+                         std::string sessionId, web::ResponseCallback callback,
+                         std::string presetId);
 };
 
 }  // namespace halvor::kelo

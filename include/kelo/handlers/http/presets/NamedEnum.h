@@ -70,9 +70,9 @@ class NamedEnumTable {
 
 // A scoped enumeration over int and its name table, found by argument lookup:
 // namesOf(PresetMode{}).nameOf(PresetMode::HD) is "HD". Every enumerator needs its number.
-#define KELO_NAMED_ENUM(Name, ...)                                          \
-  enum class Name : int { __VA_ARGS__ };                                    \
-  inline const ::halvor::kelo::NamedEnumTable<Name>& namesOf(Name) {        \
-    static const ::halvor::kelo::NamedEnumTable<Name> table(#__VA_ARGS__);  \
-    return table;                                                           \
+#define KELO_NAMED_ENUM(Name, ...)                                         \
+  enum class Name : int { __VA_ARGS__ };                                   \
+  inline const ::halvor::kelo::NamedEnumTable<Name>& namesOf(Name) {       \
+    static const ::halvor::kelo::NamedEnumTable<Name> table(#__VA_ARGS__); \
+    return table;                                                          \
   }

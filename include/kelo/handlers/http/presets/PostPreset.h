@@ -17,8 +17,7 @@ class PostPreset : public web::HttpController<PostPreset, true> {
 
   virtual void postPreset(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-                          std::string sessionId,
-                          web::ResponseCallback callback);
+                          std::string sessionId, web::ResponseCallback callback);
 };
 
 }  // namespace halvor::kelo

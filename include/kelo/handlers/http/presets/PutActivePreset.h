@@ -16,9 +16,8 @@ class PutActivePreset : public web::HttpController<PutActivePreset, true> {
   KELO_ROUTES_END
 
   virtual void putActivePreset(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
-                          tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
-                          std::string sessionId,
-                          web::ResponseCallback callback);
+                               tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
+                               std::string sessionId, web::ResponseCallback callback);
 };
 
 }  // namespace halvor::kelo
