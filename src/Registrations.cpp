@@ -14,6 +14,7 @@
 #include "kelo/handlers/http/notifications/NotificationRoutes.h"
 #include "kelo/handlers/http/playlists/PlaylistRoutes.h"
 #include "kelo/handlers/http/presets/PresetRoutes.h"
+#include "kelo/handlers/http/schedule/ScheduleRoutes.h"
 #include "kelo/handlers/http/session/SessionRoutes.h"
 #include "kelo/handlers/http/settings/SettingsRoutes.h"
 #include "kelo/handlers/http/snmp/SnmpRoutes.h"
@@ -48,6 +49,7 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   FileRoutes::registerFileRoutes(application);
   PlaylistRoutes::registerPlaylistRoutes(application);
   PresetRoutes::registerPresetRoutes(application);
+  ScheduleRoutes::registerScheduleRoutes(application);
 }
 
 }  // namespace halvor::kelo

@@ -27,7 +27,7 @@ struct Rule {
 
 // The rights table. The first rule whose verbs and glob fit the action decides; an action that
 // no rule fits is refused. Commands count as writes unless a rule above says otherwise.
-constexpr std::array<Rule, 16> kRules{{
+constexpr std::array<Rule, 18> kRules{{
     // Another user's record, or another session, is the administrator's business alone.
     {Verbs::Read, "/user/users/*", Grant::Yes, Grant::OwnRecordOnly, Grant::OwnRecordOnly},
     {Verbs::Read, "/session/sessions/*", Grant::Yes, Grant::OwnRecordOnly, Grant::OwnRecordOnly},
@@ -40,6 +40,10 @@ constexpr std::array<Rule, 16> kRules{{
     // Reading and exporting the event log change nothing; clearing it is a write.
     {Verbs::Command, "/command/eventlog/getEvents", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/command/eventlog/generateCsv", Grant::Yes, Grant::Yes, Grant::Yes},
+    // Listing the presets and working out the schedule's activations change nothing.
+    {Verbs::Command, "/presets/generateList", Grant::Yes, Grant::Yes, Grant::Yes},
+    {Verbs::Command, "/command/scheduler/calculateActivation/*", Grant::Yes, Grant::Yes,
+     Grant::Yes},
     {Verbs::Command, "/user/command/changePassword", Grant::Yes, Grant::OwnUserOnly,
      Grant::OwnUserOnly},
     {Verbs::Write, "/user/users/*", Grant::Yes, Grant::OwnProfileOnly, Grant::OwnProfileOnly},

@@ -12,6 +12,7 @@
 #include "sim/models/NotificationModel.h"
 #include "sim/models/PlaylistModel.h"
 #include "sim/models/PresetModel.h"
+#include "sim/models/SchedulerModel.h"
 #include "sim/models/SettingsModel.h"
 #include "sim/models/SnmpModel.h"
 
@@ -31,7 +32,7 @@ const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
       make<DemoModel>,       make<DeviceModel>,       make<AlarmModel>,    make<MeterModel>,
       make<AudioInputModel>, make<EventLogModel>,     make<GraphicsModel>, make<SettingsModel>,
       make<SnmpModel>,       make<NotificationModel>, make<FileModel>,     make<PlaylistModel>,
-      make<PresetModel>,
+      make<PresetModel>,     make<SchedulerModel>,
   };
   return table;
 }

@@ -12,6 +12,7 @@
 #include "kelo/handlers/ws/WsGetPresetHardwareErrors.h"
 #include "kelo/handlers/ws/WsGetPresetLayout.h"
 #include "kelo/handlers/ws/WsGetPresetSummaryList.h"
+#include "kelo/handlers/ws/WsPresetScheduleList.h"
 #include "kelo/handlers/ws/WsGetSetting.h"
 #include "kelo/handlers/ws/WsGetFrequencyTrace.h"
 #include "kelo/handlers/ws/WsGetSubCarriers.h"
@@ -33,6 +34,8 @@ void WsRoutes::registerWsRoutes(web::HttpAppFramework& application) {
   // The broadcast presets.
   FamilyRoutes::add<WsGetActivePreset, WsGetPresetLayout, WsGetPresetSummaryList,
                     WsGetPresetHardwareErrors>(application);
+  // The preset schedule.
+  FamilyRoutes::add<WsPresetScheduleList>(application);
 }
 
 }  // namespace halvor::kelo

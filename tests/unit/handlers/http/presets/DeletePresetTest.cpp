@@ -3,8 +3,8 @@
 #include <chrono>
 #include <thread>
 
-#include "PresetTestSupport.h"
 #include "kelo/handlers/http/presets/DeletePreset.h"
+#include "support/DeferredHandlerTest.h"
 
 namespace halvor::kelo::test {
 namespace {
@@ -19,7 +19,7 @@ Resource failed(const std::string& text) {
   return answer;
 }
 
-class DeletePresetTest : public DeferredPresetTest<DeletePreset> {
+class DeletePresetTest : public DeferredHandlerTest<DeletePreset> {
  protected:
   web::HttpResponsePtr remove(const std::string& presetId) {
     return callDeferred(&DeletePreset::deletePreset,

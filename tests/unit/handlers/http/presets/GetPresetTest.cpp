@@ -4,8 +4,8 @@
 #include <chrono>
 #include <thread>
 
-#include "PresetTestSupport.h"
 #include "kelo/handlers/http/presets/GetPreset.h"
+#include "support/DeferredHandlerTest.h"
 
 namespace halvor::kelo::test {
 namespace {
@@ -15,7 +15,7 @@ using tavelabi::ResourceAction;
 using tavelabi::ResourceValue;
 using namespace std::chrono_literals;
 
-class GetPresetTest : public DeferredPresetTest<GetPreset> {
+class GetPresetTest : public DeferredHandlerTest<GetPreset> {
  protected:
   web::HttpResponsePtr get(const std::string& presetId) {
     return callDeferred(&GetPreset::getPreset,

@@ -1,15 +1,15 @@
 #include <gtest/gtest.h>
 
-#include "PresetTestSupport.h"
 #include "kelo/Exceptions.h"
 #include "kelo/handlers/http/presets/PostPreset.h"
+#include "support/DeferredHandlerTest.h"
 
 namespace halvor::kelo::test {
 namespace {
 
 using tavelabi::Resource;
 
-class PostPresetTest : public DeferredPresetTest<PostPreset> {
+class PostPresetTest : public DeferredHandlerTest<PostPreset> {
  protected:
   web::HttpResponsePtr post(const std::string& query, const std::string& body = "") {
     return callDeferred(&PostPreset::postPreset,

@@ -3,12 +3,12 @@
 #include <chrono>
 #include <stdexcept>
 
-#include "ScriptedHost.h"
 #include "halvor/protobuf/Presets.pb.h"
 #include "kelo/common/JsonOptions.h"
 #include "kelo/handlers/http/presets/PresetEnums.h"
 #include "kelo/handlers/http/presets/PresetHandlerHelpers.h"
 #include "kelo/handlers/http/presets/UnableToCompletePresetAction.h"
+#include "support/ScriptedHost.h"
 #include "tavelabi/Exceptions.h"
 
 namespace halvor::kelo::test {

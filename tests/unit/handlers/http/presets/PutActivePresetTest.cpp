@@ -4,8 +4,8 @@
 #include <condition_variable>
 #include <mutex>
 
-#include "PresetTestSupport.h"
 #include "kelo/handlers/http/presets/PutActivePreset.h"
+#include "support/DeferredHandlerTest.h"
 #include "tavelabi/Exceptions.h"
 
 namespace halvor::kelo::test {
@@ -16,7 +16,7 @@ using tavelabi::ResourceAction;
 using tavelabi::ResourceValue;
 using namespace std::chrono_literals;
 
-class PutActivePresetTest : public DeferredPresetTest<PutActivePreset> {
+class PutActivePresetTest : public DeferredHandlerTest<PutActivePreset> {
  protected:
   web::HttpResponsePtr put(const std::string& body) {
     return callDeferred(&PutActivePreset::putActivePreset,

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "PresetTestSupport.h"
 #include "kelo/handlers/http/presets/PutPreset.h"
+#include "support/DeferredHandlerTest.h"
 
 namespace halvor::kelo::test {
 namespace {
@@ -9,7 +9,7 @@ namespace {
 using tavelabi::Resource;
 using tavelabi::ResourceValue;
 
-class PutPresetTest : public DeferredPresetTest<PutPreset> {
+class PutPresetTest : public DeferredHandlerTest<PutPreset> {
  protected:
   web::HttpResponsePtr put(const std::string& body) {
     return callDeferred(&PutPreset::putPreset,

@@ -9,17 +9,17 @@
 #include <string>
 #include <vector>
 
-#include "ScriptedHost.h"
 #include "kelo/BackgroundTaskQueue.h"
 #include "kelo/web/HttpAppFramework.h"
 #include "kelo/web/HttpResponse.h"
 #include "support/FakePluginInfo.h"
 #include "support/Requests.h"
+#include "support/ScriptedHost.h"
 
 namespace halvor::kelo::test {
 
 // The application's background queue with two threads, started once for this test program.
-inline BackgroundTaskQueue& startedPresetQueue() {
+inline BackgroundTaskQueue& startedBackgroundQueue() {
   static BackgroundTaskQueue* queue = [] {
     web::app().registerPluginType<BackgroundTaskQueue>("BackgroundTaskQueue");
     Json::Value root;
@@ -29,7 +29,7 @@ inline BackgroundTaskQueue& startedPresetQueue() {
     auto* plugin = web::app().getPlugin<BackgroundTaskQueue>();
     Json::Value config;
     config["threads_num"] = 2;
-    config["name"] = "presetTest";
+    config["name"] = "deferredHandlerTest";
     plugin->initAndStart(config);
     return plugin;
   }();
@@ -73,11 +73,12 @@ class Answers {
   std::vector<std::chrono::steady_clock::time_point> times;
 };
 
-// A deferred preset handler called as its frame calls it.
+// A handler of the deferred form called as its frame calls it, on a ScriptedHost, with the
+// answers that come through its callback.
 template <class Handler>
-class DeferredPresetTest : public ::testing::Test {
+class DeferredHandlerTest : public ::testing::Test {
  protected:
-  DeferredPresetTest() { startedPresetQueue(); }
+  DeferredHandlerTest() { startedBackgroundQueue(); }
 
   template <class Operation, class... Params>
   web::HttpResponsePtr callDeferred(Operation operation, const web::HttpRequestPtr& req,
