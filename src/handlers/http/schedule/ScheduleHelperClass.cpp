@@ -3,6 +3,7 @@
 #include <boost/exception/diagnostic_information.hpp>
 #include <cerrno>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include "halvor/factories/PresetsFactories.h"
@@ -165,8 +166,7 @@ void ScheduleHelperClass::getHardwareResponseStatus(const web::HttpRequestPtr& r
     KeloResourceAction read(CCRUD::Read, kResponseStatus, plugin, sessionId, req);
     status = host->processResourceAction(read);
     if (status.values.at("value").getBoolValue()) break;
-    BackgroundConfirmation::pause(
-        std::chrono::duration_cast<std::chrono::milliseconds>(kStatusPollPeriod));
+    std::this_thread::sleep_for(kStatusPollPeriod);
   }
   tavelabi::HardwareInterfaceError errors;
   if (errors.mapping(status.values.at("status").getIntValue()) != 0) {
