@@ -8,7 +8,8 @@ the host's own JSON text, the active preset; load, clone, update, activate and d
 only once the hardware has finished; their failures as 500 with the host's text; the clone's
 query key passed on undecoded; bodies that are not JSON. A delete whose first answer already
 reports an error is never answered: the server closes that connection without a response, and
-the next connection is served as usual. While a preset action waits, another request is served
+the next connection is served as usual. A read-only user lists the presets, and
+his activation is refused with 403 from the background task. While a preset action waits, another request is served
 at once on the same (only) I/O thread; two activations from two sessions are both answered, one after the other on
 the one background thread. The
 four preset WebSockets: the active preset pushed after an activation, the layout text, the list
@@ -27,8 +28,10 @@ import wire  # noqa: E402 - found through the path set above
 
 ADMIN = "wire-presets-admin"
 OTHER = "wire-presets-other"
+VIEWER = "wire-presets-viewer"
 FIXTURE = {"models": ["presets"],
-           "users": [{"name": "admin", "password": "wire-presets-secret", "role": "administrator"}],
+           "users": [{"name": "admin", "password": "wire-presets-secret", "role": "administrator"},
+                     {"name": "viewer", "password": "wire-presets-viewer", "role": "read-only"}],
            "presets": {"pollsToComplete": 2, "failAtStart": ["7"], "failWhilePolling": ["8"]}}
 
 
@@ -54,7 +57,7 @@ def raw_exchange(sim, request, seconds=5):
 
 def run(sim, checks):
     sim.start(fixtures=[sim.fixture("presets", FIXTURE)],
-              sessions={ADMIN: "admin", OTHER: "admin"})
+              sessions={ADMIN: "admin", OTHER: "admin", VIEWER: "viewer"})
     m = wire.schema("Presets", sim.repo)
 
     status, _, body = sim.get("/1/api/presets", ADMIN)
@@ -241,6 +244,11 @@ def run(sim, checks):
     status, _, _ = sim.get("/1/api/presets/active", ADMIN)
     checks.check("after the unanswered delete the server serves as before", status == 200, status)
 
+    status, _, body = sim.get("/1/api/presets", VIEWER)
+    checks.check("a read-only user lists the presets", status == 200, (status, body[:100]))
+    status, _, body = sim.request("PUT", "/1/api/presets/active", VIEWER, b'{"guid":"2"}')
+    checks.check("a read-only user's activation: 403 from the background task", status == 403,
+                 (status, body))
     status, _, _ = sim.get("/1/api/presets/active", "no-such-session")
     checks.check("a dead session: 440", status == 440, status)
     status, _, _ = sim.get("/1/api/presets/3", "no-such-session")
