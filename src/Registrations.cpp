@@ -15,7 +15,9 @@
 #include "kelo/handlers/http/notifications/NotificationRoutes.h"
 #include "kelo/handlers/http/orban/OrbanRoutes.h"
 #include "kelo/handlers/http/playlists/PlaylistRoutes.h"
+#include "kelo/handlers/http/presets/PresetRoutes.h"
 #include "kelo/handlers/http/remoteio/RemoteIoRoutes.h"
+#include "kelo/handlers/http/schedule/ScheduleRoutes.h"
 #include "kelo/handlers/http/session/SessionRoutes.h"
 #include "kelo/handlers/http/settings/SettingsRoutes.h"
 #include "kelo/handlers/http/snmp/SnmpRoutes.h"
@@ -56,6 +58,8 @@ void Registrations::registerRoutes(web::HttpAppFramework& application) {
   NetworkRoutes::registerNetworkRoutes(application);
   TimeRoutes::registerTimeRoutes(application);
   VersionRoutes::registerVersionRoutes(application);
+  PresetRoutes::registerPresetRoutes(application);
+  ScheduleRoutes::registerScheduleRoutes(application);
 }
 
 }  // namespace halvor::kelo

@@ -43,6 +43,10 @@ constexpr std::array<Rule, 18> kRules{{
     // Reading and exporting the event log change nothing; clearing it is a write.
     {Verbs::Command, "/command/eventlog/getEvents", Grant::Yes, Grant::Yes, Grant::Yes},
     {Verbs::Command, "/command/eventlog/generateCsv", Grant::Yes, Grant::Yes, Grant::Yes},
+    // Listing the presets and working out the schedule's activations change nothing.
+    {Verbs::Command, "/presets/generateList", Grant::Yes, Grant::Yes, Grant::Yes},
+    {Verbs::Command, "/command/scheduler/calculateActivation/*", Grant::Yes, Grant::Yes,
+     Grant::Yes},
     {Verbs::Command, "/user/command/changePassword", Grant::Yes, Grant::OwnUserOnly,
      Grant::OwnUserOnly},
     {Verbs::Write, "/user/users/*", Grant::Yes, Grant::OwnProfileOnly, Grant::OwnProfileOnly},

@@ -12,8 +12,10 @@
 #include "sim/models/NetworkModel.h"
 #include "sim/models/NotificationModel.h"
 #include "sim/models/PlaylistModel.h"
+#include "sim/models/PresetModel.h"
 #include "sim/models/ProcessorModel.h"
 #include "sim/models/RemoteIoModel.h"
+#include "sim/models/SchedulerModel.h"
 #include "sim/models/SettingsModel.h"
 #include "sim/models/SnmpModel.h"
 #include "sim/models/TimeModel.h"
@@ -32,11 +34,11 @@ std::unique_ptr<Model> make() {
 
 const std::vector<ModelRegistry::Factory>& ModelRegistry::factories() {
   static const std::vector<Factory> table{
-      make<DemoModel>,       make<DeviceModel>,       make<AlarmModel>,    make<MeterModel>,
-      make<AudioInputModel>, make<EventLogModel>,     make<GraphicsModel>, make<SettingsModel>,
-      make<SnmpModel>,       make<NotificationModel>, make<FileModel>,     make<PlaylistModel>,
-      make<ProcessorModel>,
-      make<RemoteIoModel>,   make<NetworkModel>,      make<TimeModel>,     make<VersionModel>,
+      make<DemoModel>,       make<DeviceModel>,       make<AlarmModel>,     make<MeterModel>,
+      make<AudioInputModel>, make<EventLogModel>,     make<GraphicsModel>,  make<SettingsModel>,
+      make<SnmpModel>,       make<NotificationModel>, make<FileModel>,      make<PlaylistModel>,
+      make<ProcessorModel>,  make<RemoteIoModel>,     make<NetworkModel>,   make<TimeModel>,
+      make<VersionModel>,    make<PresetModel>,       make<SchedulerModel>,
   };
   return table;
 }

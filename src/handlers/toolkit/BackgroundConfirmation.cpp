@@ -11,41 +11,74 @@
 
 namespace halvor::kelo {
 
-void BackgroundConfirmation::start(Reply reply, std::chrono::milliseconds period, Pass pass) {
+void BackgroundConfirmation::inBackground(std::function<void()> task) {
   auto* queue = web::app().getPlugin<BackgroundTaskQueue>();
   if (queue == nullptr) {
     throw std::logic_error("The web configuration has no BackgroundTaskQueue");
   }
-  queue->runInBackground(
+  queue->runInBackground(std::move(task));
+}
+
+void BackgroundConfirmation::start(Reply reply, std::chrono::milliseconds period, Pass pass) {
+  inBackground(
       [reply = std::move(reply), period, pass = std::move(pass)] { run(reply, period, pass); });
 }
 
-void BackgroundConfirmation::startOnce(Reply reply, Answer answer) {
-  auto* queue = web::app().getPlugin<BackgroundTaskQueue>();
-  if (queue == nullptr) {
-    throw std::logic_error("The web configuration has no BackgroundTaskQueue");
-  }
-  queue->runInBackground(
-      [reply = std::move(reply), answer = std::move(answer)] { answerOnce(reply, answer); });
+void BackgroundConfirmation::start(Reply reply, std::chrono::milliseconds period, GiveUp giveUp,
+                                   Pass pass) {
+  inBackground([reply = std::move(reply), period, giveUp = std::move(giveUp),
+                pass = std::move(pass)] { run(reply, period, giveUp, pass); });
 }
 
-void BackgroundConfirmation::answerOnce(const Reply& reply, const Answer& answer) {
-  web::HttpResponsePtr resp = reply.resp;
-  try {
-    answer(resp);
-  } catch (...) {
-    KeloFrame::mapCurrentException(*reply.resp);
-  }
-  reply.callback(reply.resp);
+void BackgroundConfirmation::startWithVerdict(Reply reply, std::chrono::milliseconds period,
+                                              Verdict pass) {
+  inBackground([reply = std::move(reply), period, pass = std::move(pass)] {
+    runWithVerdict(reply, period, pass);
+  });
+}
+
+void BackgroundConfirmation::startOnce(Reply reply, Answer answer) {
+  inBackground(
+      [reply = std::move(reply), answer = std::move(answer)] { answerOnce(reply, answer); });
 }
 
 void BackgroundConfirmation::run(const Reply& reply, std::chrono::milliseconds period,
                                  const Pass& pass) {
+  runWithVerdict(reply, period, [&pass]() -> std::optional<int> {
+    if (pass()) return 200;
+    return std::nullopt;
+  });
+}
+
+void BackgroundConfirmation::run(const Reply& reply, std::chrono::milliseconds period,
+                                 const GiveUp& giveUp, const Pass& pass) {
+  int pausesLeft = giveUp.retries;
+  runWithVerdict(reply, period, [&]() -> std::optional<int> {
+    if (pass()) return 200;
+    if (pausesLeft-- > 0) return std::nullopt;
+    reply.resp->setContentTypeCode(web::CT_TEXT_PLAIN);
+    reply.resp->setBody(giveUp.text);
+    return giveUp.status;
+  });
+}
+
+void BackgroundConfirmation::answerOnce(const Reply& reply, const Answer& answer) {
+  runWithVerdict(reply, std::chrono::milliseconds(0), [&]() -> std::optional<int> {
+    web::HttpResponsePtr resp = reply.resp;
+    answer(resp);
+    return static_cast<int>(resp->statusCode());
+  });
+}
+
+void BackgroundConfirmation::runWithVerdict(const Reply& reply, std::chrono::milliseconds period,
+                                            const Verdict& pass) {
   try {
-    while (!pass()) {
+    std::optional<int> status = pass();
+    while (!status) {
       pause(period);
+      status = pass();
     }
-    reply.resp->setStatusCode(200);
+    reply.resp->setStatusCode(*status);
   } catch (...) {
     KeloFrame::mapCurrentException(*reply.resp);
   }
@@ -58,39 +91,6 @@ void BackgroundConfirmation::pause(std::chrono::milliseconds period) {
                      static_cast<long>(std::chrono::nanoseconds(period - seconds).count())};
   while (nanosleep(&remaining, &remaining) == -1 && errno == EINTR) {
   }
-}
-
-void BackgroundConfirmation::start(Reply reply, std::chrono::milliseconds period, GiveUp giveUp,
-                                   Pass pass) {
-  auto* queue = web::app().getPlugin<BackgroundTaskQueue>();
-  if (queue == nullptr) {
-    throw std::logic_error("The web configuration has no BackgroundTaskQueue");
-  }
-  queue->runInBackground([reply = std::move(reply), period, giveUp = std::move(giveUp),
-                          pass = std::move(pass)] { run(reply, period, giveUp, pass); });
-}
-
-void BackgroundConfirmation::run(const Reply& reply, std::chrono::milliseconds period,
-                                 const GiveUp& giveUp, const Pass& pass) {
-  try {
-    int pauses = 0;
-    bool confirmed = pass();
-    while (!confirmed && pauses < giveUp.retries) {
-      ++pauses;
-      pause(period);
-      confirmed = pass();
-    }
-    if (confirmed) {
-      reply.resp->setStatusCode(200);
-    } else {
-      reply.resp->setContentTypeCode(web::CT_TEXT_PLAIN);
-      reply.resp->setBody(giveUp.text);
-      reply.resp->setStatusCode(giveUp.status);
-    }
-  } catch (...) {
-    KeloFrame::mapCurrentException(*reply.resp);
-  }
-  reply.callback(reply.resp);
 }
 
 }  // namespace halvor::kelo

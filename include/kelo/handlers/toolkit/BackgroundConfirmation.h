@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "kelo/web/HttpRequest.h"
@@ -24,30 +25,16 @@ class BackgroundConfirmation {
 
   // One pass over the host: true when every write is confirmed. Runs on the background queue.
   using Pass = std::function<bool()>;
+  // A pass that also decides the answer's status: empty while the host is not done, otherwise
+  // the status to answer with (the pass has left the body it wants on the response). For the
+  // waits whose end may be a failure that is not an exception (a 500 with the host's text).
+  using Verdict = std::function<std::optional<int>()>;
 
   struct Reply {
     web::HttpRequestPtr req;
     web::HttpResponsePtr resp;
     web::ResponseCallback callback;
   };
-
-  // Hands the loop to the BackgroundTaskQueue plug-in. Throws std::logic_error when the
-  // application has no such plug-in (before anything is handed on, so the frame answers 500).
-  static void start(Reply reply, std::chrono::milliseconds period, Pass pass);
-
-  // The loop itself, on the calling thread: what the queued task runs.
-  static void run(const Reply& reply, std::chrono::milliseconds period, const Pass& pass);
-
-  // One host action answered later: runs `answer` once on the background queue; it sets the
-  // response's status and body itself. A failure is mapped as the frame maps it; either way the
-  // response then goes out through the callback. Throws std::logic_error as start() does.
-  using Answer = std::function<void(web::HttpResponsePtr& resp)>;
-  static void startOnce(Reply reply, Answer answer);
-  // What the queued task of startOnce runs, on the calling thread.
-  static void answerOnce(const Reply& reply, const Answer& answer);
-
-  // Waits `period`, resuming after a signal until the whole time has passed.
-  static void pause(std::chrono::milliseconds period);
 
   // The end of a wait that is not confirmed in time: after `retries` pauses, a pass that still
   // says no ends the loop, and the answer is `status` with `text` as plain text.
@@ -57,12 +44,33 @@ class BackgroundConfirmation {
     std::string text;
   };
 
-  // The bounded form of start(): the same loop, at most giveUp.retries pauses.
-  static void start(Reply reply, std::chrono::milliseconds period, GiveUp giveUp, Pass pass);
+  // A single slow host call answered later: it sets the response's status and body itself.
+  using Answer = std::function<void(web::HttpResponsePtr& resp)>;
 
-  // The bounded loop on the calling thread. A confirmation answers 200 as run() does.
+  // Each start hands its loop to the BackgroundTaskQueue plug-in and throws std::logic_error when
+  // the application has no such plug-in (before anything is handed on, so the frame answers 500).
+  // Every form is the verdict loop: the others are verdicts made from their passes.
+  static void start(Reply reply, std::chrono::milliseconds period, Pass pass);
+  // The bounded form: at most giveUp.retries pauses.
+  static void start(Reply reply, std::chrono::milliseconds period, GiveUp giveUp, Pass pass);
+  // A pass that decides the status; a thrown failure is mapped as above.
+  static void startWithVerdict(Reply reply, std::chrono::milliseconds period, Verdict pass);
+  // One pass, no wait: `answer` runs once on the background queue.
+  static void startOnce(Reply reply, Answer answer);
+
+  // The loops themselves, on the calling thread: what the queued tasks run.
+  static void run(const Reply& reply, std::chrono::milliseconds period, const Pass& pass);
   static void run(const Reply& reply, std::chrono::milliseconds period, const GiveUp& giveUp,
                   const Pass& pass);
+  static void runWithVerdict(const Reply& reply, std::chrono::milliseconds period,
+                             const Verdict& pass);
+  static void answerOnce(const Reply& reply, const Answer& answer);
+
+  // Waits `period`, resuming after a signal until the whole time has passed.
+  static void pause(std::chrono::milliseconds period);
+
+ private:
+  static void inBackground(std::function<void()> task);
 };
 
 }  // namespace halvor::kelo

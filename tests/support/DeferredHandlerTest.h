@@ -1,0 +1,98 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <json/value.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "kelo/BackgroundTaskQueue.h"
+#include "kelo/web/HttpAppFramework.h"
+#include "kelo/web/HttpResponse.h"
+#include "support/FakePluginInfo.h"
+#include "support/Requests.h"
+#include "support/ScriptedHost.h"
+
+namespace halvor::kelo::test {
+
+// The application's background queue with two threads, started once for this test program.
+inline BackgroundTaskQueue& startedBackgroundQueue() {
+  static BackgroundTaskQueue* queue = [] {
+    web::app().registerPluginType<BackgroundTaskQueue>("BackgroundTaskQueue");
+    Json::Value root;
+    root["plugins"][0]["name"] = "BackgroundTaskQueue";
+    root["plugins"][0]["config"] = Json::objectValue;
+    web::app().loadConfigJson(root);
+    auto* plugin = web::app().getPlugin<BackgroundTaskQueue>();
+    Json::Value config;
+    config["threads_num"] = 2;
+    config["name"] = "deferredHandlerTest";
+    plugin->initAndStart(config);
+    return plugin;
+  }();
+  return *queue;
+}
+
+// The answers that came through completion callbacks, in order, with their times.
+class Answers {
+ public:
+  web::ResponseCallback callback() {
+    return [this](const web::HttpResponsePtr& resp) {
+      std::lock_guard lock(mutex);
+      responses.push_back(resp);
+      times.push_back(std::chrono::steady_clock::now());
+      arrived.notify_all();
+    };
+  }
+
+  // The `count`-th answer (1-based), or nullptr after `limit`.
+  web::HttpResponsePtr waitFor(std::size_t count = 1,
+                               std::chrono::milliseconds limit = std::chrono::seconds(10)) {
+    std::unique_lock lock(mutex);
+    arrived.wait_for(lock, limit, [&] { return responses.size() >= count; });
+    return responses.size() >= count ? responses[count - 1] : nullptr;
+  }
+
+  std::size_t count() {
+    std::lock_guard lock(mutex);
+    return responses.size();
+  }
+
+  std::chrono::steady_clock::time_point timeOf(std::size_t index) {
+    std::lock_guard lock(mutex);
+    return times.at(index);
+  }
+
+ private:
+  std::mutex mutex;
+  std::condition_variable arrived;
+  std::vector<web::HttpResponsePtr> responses;
+  std::vector<std::chrono::steady_clock::time_point> times;
+};
+
+// A handler of the deferred form called as its frame calls it, on a ScriptedHost, with the
+// answers that come through its callback.
+template <class Handler>
+class DeferredHandlerTest : public ::testing::Test {
+ protected:
+  DeferredHandlerTest() { startedBackgroundQueue(); }
+
+  template <class Operation, class... Params>
+  web::HttpResponsePtr callDeferred(Operation operation, const web::HttpRequestPtr& req,
+                                    Params&&... params) {
+    web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
+    (handler.*operation)(req, resp, &host, &info, "s1", answers.callback(),
+                         std::string(std::forward<Params>(params))...);
+    return resp;
+  }
+
+  ScriptedHost host;
+  FakePluginInfo info;
+  Answers answers;
+  Handler handler;
+};
+
+}  // namespace halvor::kelo::test
