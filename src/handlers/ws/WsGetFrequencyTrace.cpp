@@ -1,7 +1,6 @@
 #include "kelo/handlers/ws/WsGetFrequencyTrace.h"
 
 #include "kelo/KeloHost.h"
-#include "kelo/handlers/http/graphics/GraphicsArena.h"
 #include "kelo/handlers/http/graphics/FrequencyTraceHelperClass.h"
 #include "kelo/handlers/ws/WsMessages.h"
 
@@ -12,11 +11,11 @@ void WsGetSpectrum::messageGenerator(const web::HttpRequestPtr& req,
                                      std::string& message, const std::string& path) {
   WsMessages::checkSession(req, sessionId, path);
   WebKeloInterface& plugin = KeloHost::plugin();
-  GraphicsArena arena;
-  protobuf::Spectrum& result = arena.make<protobuf::Spectrum>();
-  SpectrumHelperClass::getSpectrum(req, plugin.tavel, plugin.pluginInfo, sessionId, result,
-                                   kBypassActivity);
-  WsMessages::serialize(result, message);
+  // Written from the decoded numbers: the bytes of the Spectrum message that getSpectrum makes.
+  SpectrumHelperClass::Decoded spectrum;
+  SpectrumHelperClass::readSpectrum(req, plugin.tavel, plugin.pluginInfo, sessionId,
+                                    kBypassActivity, spectrum);
+  message = SpectrumHelperClass::wire(spectrum);
 }
 
 }  // namespace halvor::kelo
