@@ -105,19 +105,24 @@ bool JsonText::appendDouble(double value, std::string& out) {
   if (!std::isfinite(value)) {
     return false;
   }
-  // A whole number below 10^15 in size prints as its digits under "%.15g" (no exponent, no
-  // fraction), and they read back exactly: the common case of the graphs, written directly.
-  // Negative zero keeps its sign as protobuf prints it, so it takes the general way.
-  if (std::abs(value) < 1e15 && value == std::trunc(value) &&
-      !(value == 0 && std::signbit(value))) {
-    char buffer[24];
-    const auto printed =
-        std::to_chars(buffer, buffer + sizeof(buffer), static_cast<long long>(value));
-    out.append(buffer, printed.ptr);
+  char buffer[kMostWholeNumberText];
+  if (char* end = tryWriteWholeNumber(value, buffer)) {
+    out.append(buffer, end);
     return true;
   }
   appendShortest(value, DBL_DIG, DBL_DIG + 2, false, out);
   return true;
+}
+
+// A whole number below 10^15 in size prints as its digits under "%.15g" (no exponent, no
+// fraction), and they read back exactly: the common case of the graphs, written directly.
+// Negative zero keeps its sign as protobuf prints it, so it takes the general way.
+char* JsonText::tryWriteWholeNumber(double value, char* at) {
+  if (std::abs(value) < 1e15 && value == std::trunc(value) &&
+      !(value == 0 && std::signbit(value))) {
+    return std::to_chars(at, at + kMostWholeNumberText, static_cast<long long>(value)).ptr;
+  }
+  return nullptr;
 }
 
 void JsonText::appendBytes(std::string_view bytes, std::string& out) {

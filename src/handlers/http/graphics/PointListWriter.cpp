@@ -3,6 +3,7 @@
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/reflection.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -20,6 +21,10 @@ namespace {
 // length, then two wrappers of a tag, a length, the value's tag and 8 bytes each).
 constexpr std::size_t kPointText = 28;
 constexpr std::size_t kMostPointBytes = 24;
+// The most characters of one number's text (protobuf prints at most 17 digits, a sign, a point
+// and an exponent of up to 5 characters), and of one point's, with its comma.
+constexpr std::size_t kMostNumberText = 32;
+constexpr std::size_t kMostPointText = 1 + 5 + kMostNumberText + 5 + kMostNumberText + 1;
 
 const google::protobuf::FieldDescriptor& fieldOf(const google::protobuf::Message& message,
                                                  int fieldNumber) {
@@ -48,6 +53,21 @@ char* writeWrapper(char* at, char tag, double value) {
   *at++ = 0x09;
   std::memcpy(at, &value, sizeof(value));
   return at + sizeof(value);
+}
+
+template <std::size_t N>
+char* writeText(char* at, const char (&text)[N]) {
+  std::memcpy(at, text, N - 1);
+  return at + N - 1;
+}
+
+// A number as JsonText::appendDouble writes it; nullptr when it is not finite.
+char* writeNumber(char* at, double value, std::string& scratch) {
+  if (char* end = JsonText::tryWriteWholeNumber(value, at)) return end;
+  scratch.clear();
+  if (!JsonText::appendDouble(value, scratch) || scratch.size() > kMostNumberText) return nullptr;
+  std::memcpy(at, scratch.data(), scratch.size());
+  return at + scratch.size();
 }
 
 }  // namespace
@@ -111,15 +131,26 @@ void PointListWriter::fill(std::initializer_list<List> lists, google::protobuf::
   }
 }
 
-// Each point an object with "y" and then "x", each a bare number, also when it is 0.
+// Each point an object with "y" and then "x", each a bare number, also when it is 0. The points
+// are written a chunk at a time into a buffer on the stack, whole numbers (the spectrum's) with
+// their digits directly, other numbers through JsonText::appendDouble.
 bool PointListWriter::tryAppendJson(const PointColumns& points, std::string& out) {
+  constexpr std::size_t kChunk = 128;
+  char chunk[kChunk * kMostPointText];
+  std::string number;
   out += '[';
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    out += i == 0 ? "{\"y\":" : ",{\"y\":";
-    if (!JsonText::appendDouble(points.y[i], out)) return false;
-    out += ",\"x\":";
-    if (!JsonText::appendDouble(points.x[i], out)) return false;
-    out += '}';
+  for (std::size_t begin = 0; begin < points.size(); begin += kChunk) {
+    const std::size_t end = std::min(points.size(), begin + kChunk);
+    char* at = chunk;
+    for (std::size_t i = begin; i < end; ++i) {
+      if (i != 0) *at++ = ',';
+      at = writeText(at, "{\"y\":");
+      if ((at = writeNumber(at, points.y[i], number)) == nullptr) return false;
+      at = writeText(at, ",\"x\":");
+      if ((at = writeNumber(at, points.x[i], number)) == nullptr) return false;
+      *at++ = '}';
+    }
+    out.append(chunk, at);
   }
   out += ']';
   return true;
