@@ -41,24 +41,23 @@ void SpectrumHelperClass::readSpectrum(const web::HttpRequestPtr& request, tavel
   const tavelabi::Resource amplitude = GraphicsChannelHelpers::readChannel(
       request, tavel, pluginInfo, sessionId, "exSpectrumAmplitude", flag);
   readScale(amplitude, result.scale);
-  const std::vector<std::uint8_t> traceAmplitude =
-      GraphicsChannelHelpers::copyBlock(amplitude, "value");
-  const std::vector<std::uint8_t> traceFrequency = GraphicsChannelHelpers::copyBlock(
+  result.traceAmplitude = GraphicsChannelHelpers::copyBlock(amplitude, "value");
+  result.traceFrequency = GraphicsChannelHelpers::copyBlock(
       GraphicsChannelHelpers::readChannel(request, tavel, pluginInfo, sessionId,
                                           "exSpectrumFrequency", flag),
       "value");
-  GraphicsDecoders::decodeTrace(traceAmplitude, traceFrequency, result.trace);
+  GraphicsDecoders::decodeTrace(result.traceAmplitude, result.traceFrequency, result.trace);
 
   // The mask's form is decided on its own two lengths.
-  const std::vector<std::uint8_t> maskAmplitude = GraphicsChannelHelpers::copyBlock(
+  result.maskAmplitude = GraphicsChannelHelpers::copyBlock(
       GraphicsChannelHelpers::readChannel(request, tavel, pluginInfo, sessionId,
                                           "exSpectrumMaskAmplitude", flag),
       "value");
-  const std::vector<std::uint8_t> maskFrequency = GraphicsChannelHelpers::copyBlock(
+  result.maskFrequency = GraphicsChannelHelpers::copyBlock(
       GraphicsChannelHelpers::readChannel(request, tavel, pluginInfo, sessionId,
                                           "exSpectrumMaskFrequency", flag),
       "value");
-  GraphicsDecoders::decodeTrace(maskAmplitude, maskFrequency, result.mask);
+  GraphicsDecoders::decodeTrace(result.maskAmplitude, result.maskFrequency, result.mask);
 }
 
 std::string SpectrumHelperClass::json(const Decoded& spectrum) {

@@ -20,11 +20,15 @@ class SpectrumHelperClass {
   SpectrumHelperClass() = delete;
 
   // The spectrum as plain numbers: the seven scale members in a message of their own, the mask's
-  // and the trace's points as arrays.
+  // and the trace's points as arrays, and the four blocks they were decoded from.
   struct Decoded {
     protobuf::Spectrum scale;
     PointColumns mask;
     PointColumns trace;
+    std::vector<std::uint8_t> traceAmplitude;
+    std::vector<std::uint8_t> traceFrequency;
+    std::vector<std::uint8_t> maskAmplitude;
+    std::vector<std::uint8_t> maskFrequency;
   };
 
   // Field numbers of the two lists in Spectrum.
