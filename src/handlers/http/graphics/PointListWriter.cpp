@@ -4,6 +4,7 @@
 #include <google/protobuf/reflection.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -16,6 +17,10 @@
 namespace halvor::kelo {
 
 namespace {
+
+// A double goes on the wire as its 8 bytes, little-endian: the machine's own order.
+static_assert(std::endian::native == std::endian::little,
+              "a point's values are copied to the wire as the machine's own bytes");
 
 // About the length of a point's text and the most bytes of a point's binary form (a tag and a
 // length, then two wrappers of a tag, a length, the value's tag and 8 bytes each).
@@ -61,7 +66,8 @@ char* writeText(char* at, const char (&text)[N]) {
   return at + N - 1;
 }
 
-// A number as JsonText::appendDouble writes it; nullptr when it is not finite.
+// A number as JsonText::appendDouble writes it; nullptr when it is not finite (or, which protobuf's
+// rule never gives, its text is longer than kMostNumberText).
 char* writeNumber(char* at, double value, std::string& scratch) {
   if (char* end = JsonText::tryWriteWholeNumber(value, at)) return end;
   scratch.clear();
