@@ -1,5 +1,6 @@
 // Each graphics decoder on blocks of 1,024 to 65,536 entries, beside memcpy of a block of the same
-// size: bytes per second of block read. The blocks are random, made once per size.
+// size: bytes per second of block read. The blocks are random, made once per size. The decoders
+// are the ones the routes use: each block into fresh arrays of plain numbers.
 //
 // Usage: bench-graphics-decoders [Google Benchmark options], e.g.
 //   --benchmark_repetitions=3 --benchmark_report_aggregates_only=true
@@ -60,12 +61,18 @@ void Memcpy(benchmark::State& state, std::size_t bytesPerEntry) {
   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * state.range(0));
 }
 
-// One decoder of one block of `bytesPerEntry` bytes an entry; `decode` returns the message it
-// made, as the routes make it.
-template <typename Decode>
-void Decoder(benchmark::State& state, std::size_t bytesPerEntry, Decode decode) {
+// One decoder of one block of `bytesPerEntry` bytes an entry; `decode` decodes it into fresh
+// plain numbers (`Numbers`), as the routes do before they write their replies.
+template <typename Numbers>
+void Decoder(benchmark::State& state, std::size_t bytesPerEntry,
+             void (*decode)(const Bytes& block, Numbers& numbers)) {
   const Bytes block = randomBlock(entries(state) * bytesPerEntry);
-  for (auto _ : state) benchmark::DoNotOptimize(decode(block));
+  for (auto _ : state) {
+    Numbers numbers;
+    decode(block, numbers);
+    benchmark::DoNotOptimize(numbers);
+    benchmark::ClobberMemory();
+  }
   report(state, block.size());
 }
 
@@ -75,35 +82,12 @@ void Trace(benchmark::State& state, std::size_t amplitudeBytes) {
   const Bytes amplitude = randomBlock(entries(state) * amplitudeBytes);
   const Bytes frequency = randomBlock(entries(state) * 4);
   for (auto _ : state) {
-    protobuf::Spectrum spectrum;
-    GraphicsDecoders::appendTrace(amplitude, frequency, *spectrum.mutable_spectrumpoints());
-    benchmark::DoNotOptimize(spectrum);
+    PointColumns points;
+    GraphicsDecoders::decodeTrace(amplitude, frequency, points);
+    benchmark::DoNotOptimize(points);
+    benchmark::ClobberMemory();
   }
   report(state, amplitude.size() + frequency.size());
-}
-
-protobuf::Constellation constellation(const Bytes& block) {
-  protobuf::Constellation message;
-  GraphicsDecoders::appendFixedPointPairs(block, *message.mutable_points());
-  return message;
-}
-
-protobuf::SubCarrierGroupList subCarriers(const Bytes& block) {
-  protobuf::SubCarrierGroupList message;
-  GraphicsDecoders::appendSubCarrierGroups(block, *message.mutable_groups());
-  return message;
-}
-
-protobuf::EqFrequencyResponse eqResponses(const Bytes& block) {
-  protobuf::EqFrequencyResponse message;
-  GraphicsDecoders::appendEqResponses(block, *message.mutable_responses());
-  return message;
-}
-
-protobuf::EqFrequencyResponse eqFrequencies(const Bytes& block) {
-  protobuf::EqFrequencyResponse message;
-  GraphicsDecoders::appendEqFrequencies(block, *message.mutable_frequencies());
-  return message;
 }
 
 // The audio record has one size: 16 header bytes and 70 record bytes.
@@ -126,21 +110,25 @@ BENCHMARK_CAPTURE(Memcpy, 8_bytes_an_entry, 8)->RangeMultiplier(4)->Range(kFewes
 BENCHMARK_CAPTURE(Memcpy, 16_bytes_an_entry, 16)->RangeMultiplier(4)->Range(kFewest, kMost);
 BENCHMARK_CAPTURE(Trace, narrow, 2)->RangeMultiplier(4)->Range(kFewest, kMost);
 BENCHMARK_CAPTURE(Trace, wide, 4)->RangeMultiplier(4)->Range(kFewest, kMost);
-BENCHMARK_CAPTURE(Decoder, Constellation, 8, constellation)
+BENCHMARK_CAPTURE(Decoder, Constellation, 8, GraphicsDecoders::decodeFixedPointPairs)
     ->RangeMultiplier(4)
     ->Range(kFewest, kMost);
-BENCHMARK_CAPTURE(Decoder, SubCarriers, 16, subCarriers)->RangeMultiplier(4)->Range(kFewest, kMost);
-BENCHMARK_CAPTURE(Decoder, PowerDistribution, 4, GraphicsDecoders::powerDistribution)
+BENCHMARK_CAPTURE(Decoder, SubCarriers, 16, GraphicsDecoders::decodeSubCarrierGroups)
     ->RangeMultiplier(4)
     ->Range(kFewest, kMost);
-BENCHMARK_CAPTURE(Decoder, AmAmCorrection, 4, GraphicsDecoders::amAmCorrection)
+BENCHMARK_CAPTURE(Decoder, PowerDistribution, 4, GraphicsDecoders::decodePowerDistribution)
     ->RangeMultiplier(4)
     ->Range(kFewest, kMost);
-BENCHMARK_CAPTURE(Decoder, AmPmCorrection, 4, GraphicsDecoders::amPmCorrection)
+BENCHMARK_CAPTURE(Decoder, AmAmCorrection, 4, GraphicsDecoders::decodeAmAmCorrection)
     ->RangeMultiplier(4)
     ->Range(kFewest, kMost);
-BENCHMARK_CAPTURE(Decoder, EqResponses, 2, eqResponses)->RangeMultiplier(4)->Range(kFewest, kMost);
-BENCHMARK_CAPTURE(Decoder, EqFrequencies, 4, eqFrequencies)
+BENCHMARK_CAPTURE(Decoder, AmPmCorrection, 4, GraphicsDecoders::decodeAmPmCorrection)
+    ->RangeMultiplier(4)
+    ->Range(kFewest, kMost);
+BENCHMARK_CAPTURE(Decoder, EqResponses, 2, GraphicsDecoders::decodeEqResponses)
+    ->RangeMultiplier(4)
+    ->Range(kFewest, kMost);
+BENCHMARK_CAPTURE(Decoder, EqFrequencies, 4, GraphicsDecoders::decodeEqFrequencies)
     ->RangeMultiplier(4)
     ->Range(kFewest, kMost);
 BENCHMARK(AudioModVectors);

@@ -105,19 +105,29 @@ bool JsonText::appendDouble(double value, std::string& out) {
   if (!std::isfinite(value)) {
     return false;
   }
-  // A whole number below 10^15 in size prints as its digits under "%.15g" (no exponent, no
-  // fraction), and they read back exactly: the common case of the graphs, written directly.
-  // Negative zero keeps its sign as protobuf prints it, so it takes the general way.
-  if (std::abs(value) < 1e15 && value == std::trunc(value) &&
-      !(value == 0 && std::signbit(value))) {
-    char buffer[24];
-    const auto printed =
-        std::to_chars(buffer, buffer + sizeof(buffer), static_cast<long long>(value));
-    out.append(buffer, printed.ptr);
+  char buffer[kMostWholeNumberText];
+  if (char* end = tryWriteWholeNumber(value, buffer)) {
+    out.append(buffer, end);
     return true;
   }
   appendShortest(value, DBL_DIG, DBL_DIG + 2, false, out);
   return true;
+}
+
+// A whole number below 10^15 in size prints as its digits under "%.15g" (no exponent, no
+// fraction), and they read back exactly: the common case of the graphs, written directly.
+// Negative zero keeps its sign as protobuf prints it, so it takes the general way.
+// Within the range the conversion to an integer is defined, and a number that converts back to
+// itself is whole (one conversion each way, where std::trunc may be a call).
+char* JsonText::tryWriteWholeNumber(double value, char* at) {
+  if (!(value > -1e15 && value < 1e15)) {
+    return nullptr;
+  }
+  const auto whole = static_cast<long long>(value);
+  if (static_cast<double>(whole) != value || (whole == 0 && std::signbit(value))) {
+    return nullptr;
+  }
+  return std::to_chars(at, at + kMostWholeNumberText, whole).ptr;
 }
 
 void JsonText::appendBytes(std::string_view bytes, std::string& out) {

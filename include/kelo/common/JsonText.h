@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,12 @@ class JsonText {
   // number is not finite.
   static bool appendFloat(float value, std::string& out);
   static bool appendDouble(double value, std::string& out);
+  // The most characters of a whole number's text below: a sign and 15 digits, with room.
+  static constexpr std::size_t kMostWholeNumberText = 24;
+  // appendDouble's text of a whole number below 10^15 in size (not -0), written at `at`, which
+  // has room for kMostWholeNumberText characters; the end of the text, or nullptr for any other
+  // number, which appendDouble writes.
+  static char* tryWriteWholeNumber(double value, char* at);
   // Standard base64 with padding, quoted.
   static void appendBytes(std::string_view bytes, std::string& out);
 

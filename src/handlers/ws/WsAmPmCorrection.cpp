@@ -2,6 +2,7 @@
 
 #include "kelo/KeloHost.h"
 #include "kelo/handlers/http/graphics/AmPmCorrectionHelperClass.h"
+#include "kelo/handlers/http/graphics/PointListWriter.h"
 #include "kelo/handlers/ws/WsMessages.h"
 
 namespace halvor::kelo {
@@ -11,9 +12,11 @@ void WsAmPmCorrection::messageGenerator(const web::HttpRequestPtr& req,
                                         std::string& message, const std::string& path) {
   WsMessages::checkSession(req, sessionId, path);
   WebKeloInterface& plugin = KeloHost::plugin();
-  WsMessages::serialize(*AmPmCorrectionHelperClass::getAmPmCorrection(
-                            req, plugin.tavel, plugin.pluginInfo, sessionId, kBypassActivity),
-                        message);
+  // Written from the decoded numbers: the bytes of the message that the helper's get makes.
+  const PointColumns points = AmPmCorrectionHelperClass::readAmPmCorrection(
+      req, plugin.tavel, plugin.pluginInfo, sessionId, kBypassActivity);
+  message = PointListWriter::wire({{protobuf::AmPmCorrection::kPointsFieldNumber, points}},
+                                  protobuf::AmPmCorrection());
 }
 
 }  // namespace halvor::kelo

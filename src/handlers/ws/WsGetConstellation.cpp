@@ -2,7 +2,7 @@
 
 #include "kelo/KeloHost.h"
 #include "kelo/handlers/http/graphics/ConstellationHelperClass.h"
-#include "kelo/handlers/http/graphics/GraphicsArena.h"
+#include "kelo/handlers/http/graphics/PointListWriter.h"
 #include "kelo/handlers/ws/WsMessages.h"
 
 namespace halvor::kelo {
@@ -12,11 +12,11 @@ void WsGetConstellation::messageGenerator(const web::HttpRequestPtr& req,
                                           std::string& message, const std::string& path) {
   WsMessages::checkSession(req, sessionId, path);
   WebKeloInterface& plugin = KeloHost::plugin();
-  GraphicsArena arena;
-  protobuf::Constellation& result = arena.make<protobuf::Constellation>();
-  ConstellationHelperClass::getConstellation(req, plugin.tavel, plugin.pluginInfo, sessionId,
-                                             result, kBypassActivity);
-  WsMessages::serialize(result, message);
+  // Written from the decoded numbers: the bytes of the message that the helper's get makes.
+  const PointColumns points = ConstellationHelperClass::readConstellation(
+      req, plugin.tavel, plugin.pluginInfo, sessionId, kBypassActivity);
+  message = PointListWriter::wire({{protobuf::Constellation::kPointsFieldNumber, points}},
+                                  protobuf::Constellation());
 }
 
 }  // namespace halvor::kelo

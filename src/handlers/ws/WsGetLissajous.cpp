@@ -1,8 +1,8 @@
 #include "kelo/handlers/ws/WsGetLissajous.h"
 
 #include "kelo/KeloHost.h"
-#include "kelo/handlers/http/graphics/GraphicsArena.h"
 #include "kelo/handlers/http/graphics/LissajousHelperClass.h"
+#include "kelo/handlers/http/graphics/PointListWriter.h"
 #include "kelo/handlers/ws/WsMessages.h"
 
 namespace halvor::kelo {
@@ -12,11 +12,11 @@ void WsGetLissajous::messageGenerator(const web::HttpRequestPtr& req,
                                       std::string& message, const std::string& path) {
   WsMessages::checkSession(req, sessionId, path);
   WebKeloInterface& plugin = KeloHost::plugin();
-  GraphicsArena arena;
-  protobuf::Lissajous& result = arena.make<protobuf::Lissajous>();
-  LissajousHelperClass::getLissajous(req, plugin.tavel, plugin.pluginInfo, sessionId, result,
-                                     kBypassActivity);
-  WsMessages::serialize(result, message);
+  // Written from the decoded numbers: the bytes of the message that the helper's get makes.
+  protobuf::Lissajous rest;
+  const PointColumns points = LissajousHelperClass::readLissajous(
+      req, plugin.tavel, plugin.pluginInfo, sessionId, kBypassActivity, rest);
+  message = PointListWriter::wire({{protobuf::Lissajous::kPointsFieldNumber, points}}, rest);
 }
 
 }  // namespace halvor::kelo

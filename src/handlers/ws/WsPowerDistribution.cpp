@@ -1,6 +1,7 @@
 #include "kelo/handlers/ws/WsPowerDistribution.h"
 
 #include "kelo/KeloHost.h"
+#include "kelo/handlers/http/graphics/PointListWriter.h"
 #include "kelo/handlers/http/graphics/PowerDistributionHelperClass.h"
 #include "kelo/handlers/ws/WsMessages.h"
 
@@ -11,9 +12,11 @@ void WsPowerDistribution::messageGenerator(const web::HttpRequestPtr& req,
                                            std::string& message, const std::string& path) {
   WsMessages::checkSession(req, sessionId, path);
   WebKeloInterface& plugin = KeloHost::plugin();
-  WsMessages::serialize(*PowerDistributionHelperClass::getPowerDistribution(
-                            req, plugin.tavel, plugin.pluginInfo, sessionId, kBypassActivity),
-                        message);
+  // Written from the decoded numbers: the bytes of the message that the helper's get makes.
+  const PointColumns points = PowerDistributionHelperClass::readPowerDistribution(
+      req, plugin.tavel, plugin.pluginInfo, sessionId, kBypassActivity);
+  message = PointListWriter::wire({{protobuf::PowerDistribution::kPointsFieldNumber, points}},
+                                  protobuf::PowerDistribution());
 }
 
 }  // namespace halvor::kelo

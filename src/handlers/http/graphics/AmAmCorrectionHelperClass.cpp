@@ -14,4 +14,19 @@ std::shared_ptr<protobuf::AmAmCorrection> AmAmCorrectionHelperClass::getAmAmCorr
       "value"));
 }
 
+PointColumns AmAmCorrectionHelperClass::readAmAmCorrection(const web::HttpRequestPtr& request,
+                                                           tavelabi::ITavel* tavel,
+                                                           tavelabi::IPluginInfo* pluginInfo,
+                                                           const std::string& sessionId,
+                                                           bool byPassSessionActivityTimerUpdate) {
+  PointColumns points;
+  GraphicsDecoders::decodeAmAmCorrection(
+      GraphicsChannelHelpers::copyBlock(
+          GraphicsChannelHelpers::readChannel(request, tavel, pluginInfo, sessionId,
+                                              "exAmAmAmplitude", byPassSessionActivityTimerUpdate),
+          "value"),
+      points);
+  return points;
+}
+
 }  // namespace halvor::kelo

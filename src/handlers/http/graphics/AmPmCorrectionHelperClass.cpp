@@ -14,4 +14,19 @@ std::shared_ptr<protobuf::AmPmCorrection> AmPmCorrectionHelperClass::getAmPmCorr
       "value"));
 }
 
+PointColumns AmPmCorrectionHelperClass::readAmPmCorrection(const web::HttpRequestPtr& request,
+                                                           tavelabi::ITavel* tavel,
+                                                           tavelabi::IPluginInfo* pluginInfo,
+                                                           const std::string& sessionId,
+                                                           bool byPassSessionActivityTimerUpdate) {
+  PointColumns points;
+  GraphicsDecoders::decodeAmPmCorrection(
+      GraphicsChannelHelpers::copyBlock(
+          GraphicsChannelHelpers::readChannel(request, tavel, pluginInfo, sessionId,
+                                              "exAmPmAmplitude", byPassSessionActivityTimerUpdate),
+          "value"),
+      points);
+  return points;
+}
+
 }  // namespace halvor::kelo

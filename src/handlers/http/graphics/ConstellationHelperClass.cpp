@@ -29,4 +29,20 @@ void ConstellationHelperClass::getSubCarriers(const web::HttpRequestPtr& request
   GraphicsDecoders::appendSubCarrierGroups(block, *result.mutable_groups());
 }
 
+PointColumns ConstellationHelperClass::readConstellation(const web::HttpRequestPtr& request,
+                                                         tavelabi::ITavel* tavel,
+                                                         tavelabi::IPluginInfo* pluginInfo,
+                                                         const std::string& sessionId,
+                                                         bool byPassSessionActivityTimerUpdate) {
+  PointColumns points;
+  GraphicsDecoders::decodeFixedPointPairs(
+      GraphicsChannelHelpers::copyBlock(
+          GraphicsChannelHelpers::readChannel(request, tavel, pluginInfo, sessionId,
+                                              "exConstellationData",
+                                              byPassSessionActivityTimerUpdate),
+          "value"),
+      points);
+  return points;
+}
+
 }  // namespace halvor::kelo

@@ -2,6 +2,7 @@
 
 #include "kelo/handlers/http/graphics/GraphicsChannelHelpers.h"
 #include "kelo/handlers/http/graphics/GraphicsDecoders.h"
+#include "kelo/handlers/http/graphics/PointListWriter.h"
 
 namespace halvor::kelo {
 
@@ -24,29 +25,49 @@ void SpectrumHelperClass::getSpectrum(const web::HttpRequestPtr& request, tavela
                                       tavelabi::IPluginInfo* pluginInfo, std::string sessionId,
                                       protobuf::Spectrum& result,
                                       bool byPassSessionActivityTimerUpdate) {
+  Decoded decoded;
+  readSpectrum(request, tavel, pluginInfo, sessionId, byPassSessionActivityTimerUpdate, decoded);
+  result.MergeFrom(decoded.scale);
+  GraphicsDecoders::appendPoints(decoded.trace, *result.mutable_spectrumpoints());
+  GraphicsDecoders::appendPoints(decoded.mask, *result.mutable_maskpoints());
+}
+
+void SpectrumHelperClass::readSpectrum(const web::HttpRequestPtr& request, tavelabi::ITavel* tavel,
+                                       tavelabi::IPluginInfo* pluginInfo,
+                                       const std::string& sessionId,
+                                       bool byPassSessionActivityTimerUpdate, Decoded& result) {
   const bool flag = byPassSessionActivityTimerUpdate;
   // The scale comes from the trace's amplitude channel and from no other.
   const tavelabi::Resource amplitude = GraphicsChannelHelpers::readChannel(
       request, tavel, pluginInfo, sessionId, "exSpectrumAmplitude", flag);
-  readScale(amplitude, result);
-  const std::vector<std::uint8_t> traceAmplitude =
-      GraphicsChannelHelpers::copyBlock(amplitude, "value");
-  const std::vector<std::uint8_t> traceFrequency = GraphicsChannelHelpers::copyBlock(
+  readScale(amplitude, result.scale);
+  result.traceAmplitude = GraphicsChannelHelpers::copyBlock(amplitude, "value");
+  result.traceFrequency = GraphicsChannelHelpers::copyBlock(
       GraphicsChannelHelpers::readChannel(request, tavel, pluginInfo, sessionId,
                                           "exSpectrumFrequency", flag),
       "value");
-  GraphicsDecoders::appendTrace(traceAmplitude, traceFrequency, *result.mutable_spectrumpoints());
+  GraphicsDecoders::decodeTrace(result.traceAmplitude, result.traceFrequency, result.trace);
 
   // The mask's form is decided on its own two lengths.
-  const std::vector<std::uint8_t> maskAmplitude = GraphicsChannelHelpers::copyBlock(
+  result.maskAmplitude = GraphicsChannelHelpers::copyBlock(
       GraphicsChannelHelpers::readChannel(request, tavel, pluginInfo, sessionId,
                                           "exSpectrumMaskAmplitude", flag),
       "value");
-  const std::vector<std::uint8_t> maskFrequency = GraphicsChannelHelpers::copyBlock(
+  result.maskFrequency = GraphicsChannelHelpers::copyBlock(
       GraphicsChannelHelpers::readChannel(request, tavel, pluginInfo, sessionId,
                                           "exSpectrumMaskFrequency", flag),
       "value");
-  GraphicsDecoders::appendTrace(maskAmplitude, maskFrequency, *result.mutable_maskpoints());
+  GraphicsDecoders::decodeTrace(result.maskAmplitude, result.maskFrequency, result.mask);
+}
+
+std::string SpectrumHelperClass::json(const Decoded& spectrum) {
+  return PointListWriter::json(
+      {{kMaskPointsField, spectrum.mask}, {kSpectrumPointsField, spectrum.trace}}, spectrum.scale);
+}
+
+std::string SpectrumHelperClass::wire(const Decoded& spectrum) {
+  return PointListWriter::wire(
+      {{kMaskPointsField, spectrum.mask}, {kSpectrumPointsField, spectrum.trace}}, spectrum.scale);
 }
 
 }  // namespace halvor::kelo

@@ -1,6 +1,7 @@
 #include "kelo/handlers/http/graphics/GetAmAmCorrectionHandler.h"
 
 #include "kelo/handlers/http/graphics/AmAmCorrectionHelperClass.h"
+#include "kelo/handlers/http/graphics/PointListWriter.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
 
 namespace halvor::kelo {
@@ -10,8 +11,12 @@ void GetAmAmCorrectionHandler::processHttpRequest(const web::HttpRequestPtr& req
                                                   tavelabi::ITavel* tavel,
                                                   tavelabi::IPluginInfo* info,
                                                   std::string sessionId) {
-  JsonReplies::reply(
-      resp, *AmAmCorrectionHelperClass::getAmAmCorrection(req, tavel, info, sessionId, false));
+  // Printed from the decoded numbers: the text of the message that the helper's get makes.
+  const PointColumns points =
+      AmAmCorrectionHelperClass::readAmAmCorrection(req, tavel, info, sessionId, false);
+  JsonReplies::replyJson(
+      resp, PointListWriter::json({{protobuf::AmAmCorrection::kPointsFieldNumber, points}},
+                                  protobuf::AmAmCorrection()));
 }
 
 }  // namespace halvor::kelo

@@ -1,6 +1,7 @@
 #include "kelo/handlers/http/graphics/GetAmPmCorrectionHandler.h"
 
 #include "kelo/handlers/http/graphics/AmPmCorrectionHelperClass.h"
+#include "kelo/handlers/http/graphics/PointListWriter.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
 
 namespace halvor::kelo {
@@ -10,8 +11,12 @@ void GetAmPmCorrectionHandler::processHttpRequest(const web::HttpRequestPtr& req
                                                   tavelabi::ITavel* tavel,
                                                   tavelabi::IPluginInfo* info,
                                                   std::string sessionId) {
-  JsonReplies::reply(
-      resp, *AmPmCorrectionHelperClass::getAmPmCorrection(req, tavel, info, sessionId, false));
+  // Printed from the decoded numbers: the text of the message that the helper's get makes.
+  const PointColumns points =
+      AmPmCorrectionHelperClass::readAmPmCorrection(req, tavel, info, sessionId, false);
+  JsonReplies::replyJson(
+      resp, PointListWriter::json({{protobuf::AmPmCorrection::kPointsFieldNumber, points}},
+                                  protobuf::AmPmCorrection()));
 }
 
 }  // namespace halvor::kelo

@@ -1,7 +1,7 @@
 #include "kelo/handlers/http/graphics/GetConstellationHandler.h"
 
 #include "kelo/handlers/http/graphics/ConstellationHelperClass.h"
-#include "kelo/handlers/http/graphics/GraphicsArena.h"
+#include "kelo/handlers/http/graphics/PointListWriter.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
 
 namespace halvor::kelo {
@@ -11,10 +11,12 @@ void GetConstellationHandler::processHttpRequest(const web::HttpRequestPtr& req,
                                                  tavelabi::ITavel* tavel,
                                                  tavelabi::IPluginInfo* info,
                                                  std::string sessionId) {
-  GraphicsArena arena;
-  protobuf::Constellation& result = arena.make<protobuf::Constellation>();
-  ConstellationHelperClass::getConstellation(req, tavel, info, sessionId, result, false);
-  JsonReplies::reply(resp, result);
+  // Printed from the decoded numbers: the text of the message that the helper's get makes.
+  const PointColumns points =
+      ConstellationHelperClass::readConstellation(req, tavel, info, sessionId, false);
+  JsonReplies::replyJson(
+      resp, PointListWriter::json({{protobuf::Constellation::kPointsFieldNumber, points}},
+                                  protobuf::Constellation()));
 }
 
 }  // namespace halvor::kelo

@@ -1,6 +1,5 @@
 #include "kelo/handlers/http/graphics/GetFrequencyTraceHandler.h"
 
-#include "kelo/handlers/http/graphics/GraphicsArena.h"
 #include "kelo/handlers/http/graphics/FrequencyTraceHelperClass.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
 
@@ -9,10 +8,10 @@ namespace halvor::kelo {
 void GetSpectrumHandler::processHttpRequest(const web::HttpRequestPtr& req,
                                             web::HttpResponsePtr& resp, tavelabi::ITavel* tavel,
                                             tavelabi::IPluginInfo* info, std::string sessionId) {
-  GraphicsArena arena;
-  protobuf::Spectrum& result = arena.make<protobuf::Spectrum>();
-  SpectrumHelperClass::getSpectrum(req, tavel, info, sessionId, result, false);
-  JsonReplies::reply(resp, result);
+  // Printed from the decoded numbers: the text of the Spectrum message that getSpectrum makes.
+  SpectrumHelperClass::Decoded spectrum;
+  SpectrumHelperClass::readSpectrum(req, tavel, info, sessionId, false, spectrum);
+  JsonReplies::replyJson(resp, SpectrumHelperClass::json(spectrum));
 }
 
 }  // namespace halvor::kelo

@@ -1,7 +1,7 @@
 #include "kelo/handlers/http/graphics/GetLissajousHandler.h"
 
-#include "kelo/handlers/http/graphics/GraphicsArena.h"
 #include "kelo/handlers/http/graphics/LissajousHelperClass.h"
+#include "kelo/handlers/http/graphics/PointListWriter.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
 
 namespace halvor::kelo {
@@ -9,10 +9,12 @@ namespace halvor::kelo {
 void GetLissajousHandler::processHttpRequest(const web::HttpRequestPtr& req,
                                              web::HttpResponsePtr& resp, tavelabi::ITavel* tavel,
                                              tavelabi::IPluginInfo* info, std::string sessionId) {
-  GraphicsArena arena;
-  protobuf::Lissajous& result = arena.make<protobuf::Lissajous>();
-  LissajousHelperClass::getLissajous(req, tavel, info, sessionId, result, false);
-  JsonReplies::reply(resp, result);
+  // Printed from the decoded numbers: the text of the message that the helper's get makes.
+  protobuf::Lissajous rest;
+  const PointColumns points =
+      LissajousHelperClass::readLissajous(req, tavel, info, sessionId, false, rest);
+  JsonReplies::replyJson(
+      resp, PointListWriter::json({{protobuf::Lissajous::kPointsFieldNumber, points}}, rest));
 }
 
 }  // namespace halvor::kelo

@@ -1,5 +1,6 @@
 #include "kelo/handlers/http/graphics/GetPowerDistributionHandler.h"
 
+#include "kelo/handlers/http/graphics/PointListWriter.h"
 #include "kelo/handlers/http/graphics/PowerDistributionHelperClass.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
 
@@ -10,8 +11,12 @@ void GetPowerDistributionHandler::processHttpRequest(const web::HttpRequestPtr& 
                                                      tavelabi::ITavel* tavel,
                                                      tavelabi::IPluginInfo* info,
                                                      std::string sessionId) {
-  JsonReplies::reply(resp, *PowerDistributionHelperClass::getPowerDistribution(req, tavel, info,
-                                                                               sessionId, false));
+  // Printed from the decoded numbers: the text of the message that the helper's get makes.
+  const PointColumns points =
+      PowerDistributionHelperClass::readPowerDistribution(req, tavel, info, sessionId, false);
+  JsonReplies::replyJson(
+      resp, PointListWriter::json({{protobuf::PowerDistribution::kPointsFieldNumber, points}},
+                                  protobuf::PowerDistribution()));
 }
 
 }  // namespace halvor::kelo

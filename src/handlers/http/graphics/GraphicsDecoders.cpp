@@ -1,5 +1,8 @@
 #include "kelo/handlers/http/graphics/GraphicsDecoders.h"
 
+#include <bit>
+#include <cstring>
+#include <initializer_list>
 #include <stdexcept>
 #include <string>
 
@@ -10,7 +13,66 @@ namespace halvor::kelo {
 
 namespace {
 
+// The blocks are little-endian, as the machine's own numbers: a word is loaded with one copy,
+// which lets the compiler turn each loop below into vector instructions.
+static_assert(std::endian::native == std::endian::little,
+              "the graphics blocks are read as the machine's own little-endian numbers");
+
+using Bytes = GraphicsDecoders::Bytes;
 using Points = google::protobuf::RepeatedPtrField<protobuf::Point>;
+
+template <class Number>
+Number load(const std::uint8_t* at) {
+  Number value;
+  std::memcpy(&value, at, sizeof(value));
+  return value;
+}
+
+// The entry cut off by the block's end, read field by field with a ByteVectorReader, so that
+// the exception (and its text) is the one that reading the block entry by entry gives at that
+// entry. `widths` are the entry's reads, in order; one of them must pass the end.
+[[noreturn]] void throwAtCutOffEntry(const Bytes& block, std::size_t entryBytes,
+                                     std::initializer_list<unsigned> widths) {
+  qvector::ByteVectorReader reader(block);
+  reader.setReadPosition(block.size() - block.size() % entryBytes);
+  for (const unsigned width : widths) {
+    if (width == 1) {
+      (void)reader.readUint8();
+    } else if (width == 2) {
+      (void)reader.readUint16();
+    } else {
+      (void)reader.readUint32();
+    }
+  }
+  throw std::logic_error("GraphicsDecoders: a cut-off entry was read whole");
+}
+
+// The one bounds check of a block: the number of whole entries, which the loops convert.
+std::size_t wholeEntries(const Bytes& block, std::size_t entryBytes) {
+  return block.size() / entryBytes;
+}
+
+// After the whole entries: the exception of the entry that the block's end cuts off, if any.
+void throwIfCutOff(const Bytes& block, std::size_t entryBytes,
+                   std::initializer_list<unsigned> widths) {
+  if (block.size() % entryBytes != 0) {
+    throwAtCutOffEntry(block, entryBytes, widths);
+  }
+}
+
+// Runs decode, then append; append also runs when decode throws, so that the entries decoded
+// before a cut-off one are appended, as when the block is read entry by entry.
+template <class Decode, class Append>
+void decodeThenAppend(Decode&& decode, Append&& append) {
+  try {
+    decode();
+  } catch (const std::out_of_range&) {
+    append();
+    throw;
+  }
+  append();
+}
+
 enum class TraceForm { Narrow, Wide, None };
 
 // The narrow form is tested first: blocks of 0 and 0 bytes are narrow, and so is a frequency
@@ -21,40 +83,14 @@ TraceForm formOf(std::size_t amplitudeLength, std::size_t frequencyLength) {
   return TraceForm::None;
 }
 
-void addPoint(Points& points, double y, double x) {
-  protobuf::Point* point = points.Add();
-  point->mutable_y()->set_value(y);
-  point->mutable_x()->set_value(x);
-}
-
-// The amplitude reader alone decides how long the loop runs: the frequency block is at least as
-// long as the entries need, by the form test.
-void readTrace(qvector::ByteVectorReader& amplitude, qvector::ByteVectorReader& frequency,
-               TraceForm form, Points& points) {
-  while (amplitude.remainingBytes() >= 1) {
-    // A wide amplitude keeps only its low half, so it never leaves the 16-bit range.
-    const std::int16_t y = form == TraceForm::Narrow
-                               ? static_cast<std::int16_t>(amplitude.readUint16())
-                               : static_cast<std::int16_t>(amplitude.readUint32() & 0xFFFFU);
-    // Read unsigned, taken signed: a word of 2^31 or more comes out negative.
-    const auto x = static_cast<std::int32_t>(frequency.readUint32());
-    addPoint(points, y, x);
+// The correction curves: one unsigned 32-bit word per entry, x its index from 0.
+std::size_t correctionEntries(const Bytes& block, PointColumns& points) {
+  const std::size_t n = wholeEntries(block, 4);
+  points.resize(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    points.x[i] = static_cast<double>(i);
   }
-}
-
-// The correction curves: one unsigned 32-bit word per entry, x its index from 0, y the word
-// scaled by the curve's own rule.
-void appendIndexedWords(const std::vector<std::uint8_t>& block, Points& points,
-                        double (*scaled)(double word)) {
-  points.Reserve(static_cast<int>(block.size() / 4));
-  qvector::ByteVectorReader reader(block);
-  std::uint32_t index = 0;
-  while (reader.remainingBytes() >= 1) {
-    // Unsigned: the top half of the range stays positive.
-    const double word = reader.readUint32();
-    addPoint(points, scaled(word), static_cast<double>(index));
-    ++index;
-  }
+  return n;
 }
 
 // The header's four single bytes.
@@ -63,7 +99,7 @@ constexpr std::size_t kInputType1 = 13;
 constexpr std::size_t kSourceMode2 = 14;
 constexpr std::size_t kInputType2 = 15;
 
-void requireLength(const std::vector<std::uint8_t>& block, std::size_t needed, const char* what) {
+void requireLength(const Bytes& block, std::size_t needed, const char* what) {
   if (block.size() < needed) {
     throw std::out_of_range(std::string("AudioModVectors: the ") + what + " holds " +
                             std::to_string(block.size()) + " bytes, fewer than " +
@@ -72,138 +108,234 @@ void requireLength(const std::vector<std::uint8_t>& block, std::size_t needed, c
 }
 
 // The bytes of one vector, copied out of the record, so that its reader sees nothing else.
-std::vector<std::uint8_t> slice(const std::vector<std::uint8_t>& block, unsigned char offset,
-                                std::size_t length) {
+Bytes slice(const Bytes& block, unsigned char offset, std::size_t length) {
   requireLength(block, static_cast<std::size_t>(offset) + length, "vector's block");
   const auto begin = block.begin() + offset;
-  return std::vector<std::uint8_t>(begin, begin + static_cast<std::ptrdiff_t>(length));
+  return Bytes(begin, begin + static_cast<std::ptrdiff_t>(length));
 }
 
 double hundredths(double value) { return value / 100.0; }
 
-// The Lissajous header's skipped head; the power distribution's entry.
-constexpr unsigned long kHeaderSkip = 12;
-constexpr unsigned long kEntryBytes = 4;
+// The Lissajous header's word follows 12 skipped bytes.
+constexpr std::size_t kHeaderWord = 12;
 
 }  // namespace
 
-void GraphicsDecoders::appendTrace(const std::vector<std::uint8_t>& amplitude,
-                                   const std::vector<std::uint8_t>& frequency, Points& points) {
+void GraphicsDecoders::decodeTrace(const Bytes& amplitude, const Bytes& frequency,
+                                   PointColumns& points) {
   const TraceForm form = formOf(amplitude.size(), frequency.size());
-  if (form == TraceForm::None) return;
-  qvector::ByteVectorReader amplitudeReader(amplitude);
-  qvector::ByteVectorReader frequencyReader(frequency);
-  points.Reserve(points.size() +
-                 static_cast<int>(amplitude.size() / (form == TraceForm::Narrow ? 2 : 4)));
-  readTrace(amplitudeReader, frequencyReader, form, points);
+  if (form == TraceForm::None) {
+    points.resize(0);
+    return;
+  }
+  // The amplitudes alone decide the count; by the form test the frequency block holds at least
+  // 4 bytes for each of them.
+  const unsigned width = form == TraceForm::Narrow ? 2 : 4;
+  const std::size_t n = wholeEntries(amplitude, width);
+  points.resize(n);
+  const std::uint8_t* a = amplitude.data();
+  if (form == TraceForm::Narrow) {
+    for (std::size_t i = 0; i < n; ++i) {
+      points.y[i] = load<std::int16_t>(a + 2 * i);
+    }
+  } else {
+    // A wide amplitude keeps only its low half, so it never leaves the 16-bit range.
+    for (std::size_t i = 0; i < n; ++i) {
+      points.y[i] = static_cast<std::int16_t>(load<std::uint32_t>(a + 4 * i) & 0xFFFFU);
+    }
+  }
+  // Taken signed: a word of 2^31 or more comes out negative.
+  const std::uint8_t* f = frequency.data();
+  for (std::size_t i = 0; i < n; ++i) {
+    points.x[i] = load<std::int32_t>(f + 4 * i);
+  }
+  throwIfCutOff(amplitude, width, {width});
 }
 
-void GraphicsDecoders::appendFixedPointPairs(
-    const std::vector<std::uint8_t>& block,
-    google::protobuf::RepeatedPtrField<protobuf::Point>& points) {
-  qvector::ByteVectorReader reader(block);
-  points.Reserve(points.size() + static_cast<int>(block.size() / 8));
-  while (reader.remainingBytes() >= 1) {
-    const double x = reader.readSint32() * kFixedPoint24;
-    const double y = reader.readSint32() * kFixedPoint24;
-    addPoint(points, y, x);
+void GraphicsDecoders::decodeFixedPointPairs(const Bytes& block, PointColumns& points) {
+  const std::size_t n = wholeEntries(block, 8);
+  points.resize(n);
+  const std::uint8_t* b = block.data();
+  for (std::size_t i = 0; i < n; ++i) {
+    points.x[i] = load<std::int32_t>(b + 8 * i) * kFixedPoint24;
+    points.y[i] = load<std::int32_t>(b + 8 * i + 4) * kFixedPoint24;
   }
+  throwIfCutOff(block, 8, {4, 4});
+}
+
+void GraphicsDecoders::decodeSubCarrierGroups(const Bytes& block, SubCarrierColumns& groups) {
+  // The head of an entry (1, 1 and 2 bytes) is passed over; what it holds is not shown.
+  const std::size_t n = wholeEntries(block, 16);
+  groups.resize(n);
+  const std::uint8_t* b = block.data();
+  for (std::size_t i = 0; i < n; ++i) {
+    const std::uint8_t* entry = b + 16 * i;
+    // Float arithmetic on purpose: these values are float fields, scaled as floats.
+    groups.firstValue[i] = static_cast<float>(load<std::int32_t>(entry + 4)) / 1000.0F;
+    groups.secondValue[i] = static_cast<float>(load<std::int32_t>(entry + 8)) / 1000.0F;
+    groups.groupValue[i] = static_cast<float>(load<std::int16_t>(entry + 12)) / 100.0F;
+    groups.groupIndex[i] = load<std::int16_t>(entry + 14);
+  }
+  throwIfCutOff(block, 16, {1, 1, 2, 4, 4, 2, 2});
+}
+
+std::optional<std::int32_t> GraphicsDecoders::lissajousHeaderValue(const Bytes& header) {
+  if (header.size() < kHeaderWord + 2) {
+    return std::nullopt;
+  }
+  // Stored unsigned: 65535 stays 65535.
+  return load<std::uint16_t>(header.data() + kHeaderWord);
+}
+
+void GraphicsDecoders::decodePowerDistribution(const Bytes& block, PointColumns& points) {
+  // The whole block is tested first: a partial entry spoils the whole curve.
+  if (block.size() % 4 != 0) {
+    points.resize(0);
+    return;
+  }
+  const std::size_t n = block.size() / 4;
+  points.resize(n);
+  const std::uint8_t* b = block.data();
+  for (std::size_t i = 0; i < n; ++i) {
+    points.x[i] = load<std::uint16_t>(b + 4 * i) / 100.0;
+    points.y[i] = load<std::int16_t>(b + 4 * i + 2);
+  }
+}
+
+void GraphicsDecoders::decodeAmAmCorrection(const Bytes& block, PointColumns& points) {
+  const std::size_t n = correctionEntries(block, points);
+  const std::uint8_t* b = block.data();
+  // Unsigned: the top half of the range stays positive.
+  for (std::size_t i = 0; i < n; ++i) {
+    points.y[i] = static_cast<double>(load<std::uint32_t>(b + 4 * i)) * kAmAmScale;
+  }
+  throwIfCutOff(block, 4, {4});
+}
+
+void GraphicsDecoders::decodeAmPmCorrection(const Bytes& block, PointColumns& points) {
+  const std::size_t n = correctionEntries(block, points);
+  const std::uint8_t* b = block.data();
+  for (std::size_t i = 0; i < n; ++i) {
+    points.y[i] = static_cast<double>(load<std::uint32_t>(b + 4 * i)) / kAmPmWordsPerDegree;
+  }
+  throwIfCutOff(block, 4, {4});
+}
+
+void GraphicsDecoders::decodeEqResponses(const Bytes& block, std::vector<double>& responses) {
+  const std::size_t n = wholeEntries(block, 2);
+  responses.resize(n);
+  const std::uint8_t* b = block.data();
+  for (std::size_t i = 0; i < n; ++i) {
+    responses[i] = load<std::int16_t>(b + 2 * i) / 100.0;
+  }
+  throwIfCutOff(block, 2, {2});
+}
+
+void GraphicsDecoders::decodeEqFrequencies(const Bytes& block,
+                                           std::vector<std::int32_t>& frequencies) {
+  const std::size_t n = wholeEntries(block, 4);
+  frequencies.resize(n);
+  const std::uint8_t* b = block.data();
+  for (std::size_t i = 0; i < n; ++i) {
+    frequencies[i] = load<std::int32_t>(b + 4 * i);
+  }
+  throwIfCutOff(block, 4, {4});
+}
+
+void GraphicsDecoders::appendPoints(const PointColumns& columns, Points& points) {
+  points.Reserve(points.size() + static_cast<int>(columns.size()));
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    protobuf::Point* point = points.Add();
+    point->mutable_y()->set_value(columns.y[i]);
+    point->mutable_x()->set_value(columns.x[i]);
+  }
+}
+
+void GraphicsDecoders::appendTrace(const Bytes& amplitude, const Bytes& frequency, Points& points) {
+  PointColumns columns;
+  decodeThenAppend([&] { decodeTrace(amplitude, frequency, columns); },
+                   [&] { appendPoints(columns, points); });
+}
+
+void GraphicsDecoders::appendFixedPointPairs(const Bytes& block, Points& points) {
+  PointColumns columns;
+  decodeThenAppend([&] { decodeFixedPointPairs(block, columns); },
+                   [&] { appendPoints(columns, points); });
 }
 
 void GraphicsDecoders::appendSubCarrierGroups(
-    const std::vector<std::uint8_t>& block,
-    google::protobuf::RepeatedPtrField<protobuf::SubCarrierGroup>& groups) {
-  qvector::ByteVectorReader reader(block);
-  groups.Reserve(groups.size() + static_cast<int>(block.size() / 16));
-  while (reader.remainingBytes() >= 1) {
-    // The head of an entry is passed over; what it holds is not shown.
-    (void)reader.readUint8();
-    (void)reader.readUint8();
-    (void)reader.readUint16();
-    // Float arithmetic on purpose: these values are float fields, scaled as floats.
-    const float first = static_cast<float>(reader.readSint32()) / 1000.0F;
-    const float second = static_cast<float>(reader.readSint32()) / 1000.0F;
-    const float groupValue = static_cast<float>(reader.readSint16()) / 100.0F;
-    const std::int16_t groupIndex = reader.readSint16();
-    protobuf::SubCarrierGroup* group = groups.Add();
-    group->mutable_groupindex()->set_value(groupIndex);
-    group->mutable_groupvalue()->set_value(groupValue);
-    group->mutable_firstvalue()->set_value(first);
-    group->mutable_secondvalue()->set_value(second);
-  }
+    const Bytes& block, google::protobuf::RepeatedPtrField<protobuf::SubCarrierGroup>& groups) {
+  SubCarrierColumns columns;
+  decodeThenAppend([&] { decodeSubCarrierGroups(block, columns); },
+                   [&] {
+                     groups.Reserve(groups.size() + static_cast<int>(columns.size()));
+                     for (std::size_t i = 0; i < columns.size(); ++i) {
+                       protobuf::SubCarrierGroup* group = groups.Add();
+                       group->mutable_groupindex()->set_value(columns.groupIndex[i]);
+                       group->mutable_groupvalue()->set_value(columns.groupValue[i]);
+                       group->mutable_firstvalue()->set_value(columns.firstValue[i]);
+                       group->mutable_secondvalue()->set_value(columns.secondValue[i]);
+                     }
+                   });
 }
 
-void GraphicsDecoders::readLissajousHeader(const std::vector<std::uint8_t>& header,
-                                           protobuf::Lissajous& result) {
-  // The reader refuses a position past the end, so a header of fewer than 12 bytes is told
-  // apart before the skip: it holds no word either.
-  if (header.size() < kHeaderSkip) return;
-  qvector::ByteVectorReader reader(header);
-  reader.setReadPosition(kHeaderSkip);
-  if (reader.remainingBytes() > 1) {
-    // Stored unsigned: 65535 stays 65535.
-    result.mutable_headervalue()->set_value(static_cast<std::int32_t>(reader.readUint16()));
+void GraphicsDecoders::readLissajousHeader(const Bytes& header, protobuf::Lissajous& result) {
+  const std::optional<std::int32_t> value = lissajousHeaderValue(header);
+  if (value) {
+    result.mutable_headervalue()->set_value(*value);
   }
 }
 
 std::shared_ptr<protobuf::PowerDistribution> GraphicsDecoders::powerDistribution(
-    const std::vector<std::uint8_t>& block) {
+    const Bytes& block) {
+  PointColumns columns;
+  decodePowerDistribution(block, columns);
   protobuf::HalvorPbFactory2PowerDistribution factory;
-  qvector::ByteVectorReader reader(block);
-  // The whole block is tested before the loop: a partial entry spoils the whole curve.
-  if (reader.remainingBytes() % kEntryBytes != 0) return factory.release(nullptr);
-  auto& points = *factory.overrides().mutable_points();
-  points.Reserve(static_cast<int>(block.size() / kEntryBytes));
-  while (reader.remainingBytes() >= 1) {
-    const double x = reader.readUint16() / 100.0;
-    const double y = static_cast<std::int16_t>(reader.readUint16());
-    addPoint(points, y, x);
-  }
+  appendPoints(columns, *factory.overrides().mutable_points());
   return factory.release(nullptr);
 }
 
-std::shared_ptr<protobuf::AmAmCorrection> GraphicsDecoders::amAmCorrection(
-    const std::vector<std::uint8_t>& block) {
+std::shared_ptr<protobuf::AmAmCorrection> GraphicsDecoders::amAmCorrection(const Bytes& block) {
+  PointColumns columns;
+  decodeAmAmCorrection(block, columns);
   protobuf::HalvorPbFactory2AmAmCorrection factory;
-  appendIndexedWords(block, *factory.overrides().mutable_points(),
-                     [](double word) { return word * kAmAmScale; });
+  appendPoints(columns, *factory.overrides().mutable_points());
   return factory.release(nullptr);
 }
 
-std::shared_ptr<protobuf::AmPmCorrection> GraphicsDecoders::amPmCorrection(
-    const std::vector<std::uint8_t>& block) {
+std::shared_ptr<protobuf::AmPmCorrection> GraphicsDecoders::amPmCorrection(const Bytes& block) {
+  PointColumns columns;
+  decodeAmPmCorrection(block, columns);
   protobuf::HalvorPbFactory2AmPmCorrection factory;
-  appendIndexedWords(block, *factory.overrides().mutable_points(),
-                     [](double word) { return word / kAmPmWordsPerDegree; });
+  appendPoints(columns, *factory.overrides().mutable_points());
   return factory.release(nullptr);
 }
 
 void GraphicsDecoders::appendEqResponses(
-    const std::vector<std::uint8_t>& block,
+    const Bytes& block,
     google::protobuf::RepeatedPtrField<google::protobuf::DoubleValue>& responses) {
-  qvector::ByteVectorReader reader(block);
-  responses.Reserve(responses.size() + static_cast<int>(block.size() / 2));
-  while (reader.remainingBytes() >= 1) {
-    // Read before the element is added, so that a cut-off entry adds none.
-    const double response = reader.readSint16() / 100.0;
-    responses.Add()->set_value(response);
-  }
+  std::vector<double> values;
+  decodeThenAppend([&] { decodeEqResponses(block, values); },
+                   [&] {
+                     responses.Reserve(responses.size() + static_cast<int>(values.size()));
+                     for (const double value : values) responses.Add()->set_value(value);
+                   });
 }
 
 void GraphicsDecoders::appendEqFrequencies(
-    const std::vector<std::uint8_t>& block,
+    const Bytes& block,
     google::protobuf::RepeatedPtrField<google::protobuf::Int32Value>& frequencies) {
-  qvector::ByteVectorReader reader(block);
-  frequencies.Reserve(frequencies.size() + static_cast<int>(block.size() / 4));
-  while (reader.remainingBytes() >= 1) {
-    const std::int32_t frequency = reader.readSint32();
-    frequencies.Add()->set_value(frequency);
-  }
+  std::vector<std::int32_t> values;
+  decodeThenAppend([&] { decodeEqFrequencies(block, values); },
+                   [&] {
+                     frequencies.Reserve(frequencies.size() + static_cast<int>(values.size()));
+                     for (const std::int32_t value : values) frequencies.Add()->set_value(value);
+                   });
 }
 
-std::shared_ptr<protobuf::AudioVector> GraphicsDecoders::audioVector(
-    const std::vector<std::uint8_t>& block, unsigned char offset) {
-  const std::vector<std::uint8_t> bytes = slice(block, offset, kAudioVectorBytes);
+std::shared_ptr<protobuf::AudioVector> GraphicsDecoders::audioVector(const Bytes& block,
+                                                                     unsigned char offset) {
+  const Bytes bytes = slice(block, offset, kAudioVectorBytes);
   qvector::ByteVectorReader reader(bytes);
   protobuf::HalvorPbFactory2AudioVector factory;
   protobuf::AudioVector& vector = factory.overrides();
@@ -214,8 +346,8 @@ std::shared_ptr<protobuf::AudioVector> GraphicsDecoders::audioVector(
 }
 
 std::shared_ptr<protobuf::ModulationVector> GraphicsDecoders::modulationVector(
-    const std::vector<std::uint8_t>& block, unsigned char offset) {
-  const std::vector<std::uint8_t> bytes = slice(block, offset, kModulationVectorBytes);
+    const Bytes& block, unsigned char offset) {
+  const Bytes bytes = slice(block, offset, kModulationVectorBytes);
   qvector::ByteVectorReader reader(bytes);
   protobuf::HalvorPbFactory2ModulationVector factory;
   protobuf::ModulationVector& vector = factory.overrides();
@@ -228,8 +360,8 @@ std::shared_ptr<protobuf::ModulationVector> GraphicsDecoders::modulationVector(
   return factory.release(nullptr);
 }
 
-std::shared_ptr<protobuf::AudioModVectors> GraphicsDecoders::audioModVectors(
-    const std::vector<std::uint8_t>& header, const std::vector<std::uint8_t>& record) {
+std::shared_ptr<protobuf::AudioModVectors> GraphicsDecoders::audioModVectors(const Bytes& header,
+                                                                             const Bytes& record) {
   requireLength(header, kAudioHeaderBytes, "header");
   requireLength(record, kAudioRecordBytes, "record");
   protobuf::HalvorPbFactory2AudioModVectors factory;

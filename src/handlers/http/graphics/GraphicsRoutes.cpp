@@ -6,9 +6,9 @@
 #include "kelo/handlers/http/graphics/GetAudioModVectorsHandler.h"
 #include "kelo/handlers/http/graphics/GetConstellationHandler.h"
 #include "kelo/handlers/http/graphics/GetEqFrequencyResponseHandler.h"
+#include "kelo/handlers/http/graphics/GetFrequencyTraceHandler.h"
 #include "kelo/handlers/http/graphics/GetLissajousHandler.h"
 #include "kelo/handlers/http/graphics/GetPowerDistributionHandler.h"
-#include "kelo/handlers/http/graphics/GetFrequencyTraceHandler.h"
 #include "kelo/handlers/http/graphics/GetSubCarriersHandler.h"
 
 namespace halvor::kelo {

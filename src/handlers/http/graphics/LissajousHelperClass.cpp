@@ -17,4 +17,19 @@ void LissajousHelperClass::getLissajous(const web::HttpRequestPtr& request, tave
   GraphicsDecoders::appendFixedPointPairs(block, *result.mutable_points());
 }
 
+PointColumns LissajousHelperClass::readLissajous(const web::HttpRequestPtr& request,
+                                                 tavelabi::ITavel* tavel,
+                                                 tavelabi::IPluginInfo* pluginInfo,
+                                                 const std::string& sessionId,
+                                                 bool byPassSessionActivityTimerUpdate,
+                                                 protobuf::Lissajous& rest) {
+  const tavelabi::Resource answer = GraphicsChannelHelpers::readChannel(
+      request, tavel, pluginInfo, sessionId, "exLissajousData", byPassSessionActivityTimerUpdate);
+  GraphicsDecoders::readLissajousHeader(GraphicsChannelHelpers::copyBlock(answer, "header"), rest);
+  PointColumns points;
+  GraphicsDecoders::decodeFixedPointPairs(GraphicsChannelHelpers::copyBlock(answer, "value"),
+                                          points);
+  return points;
+}
+
 }  // namespace halvor::kelo

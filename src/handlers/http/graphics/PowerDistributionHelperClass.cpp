@@ -16,4 +16,17 @@ std::shared_ptr<protobuf::PowerDistribution> PowerDistributionHelperClass::getPo
       "value"));
 }
 
+PointColumns PowerDistributionHelperClass::readPowerDistribution(
+    const web::HttpRequestPtr& request, tavelabi::ITavel* tavel, tavelabi::IPluginInfo* pluginInfo,
+    const std::string& sessionId, bool byPassSessionActivityTimerUpdate) {
+  PointColumns points;
+  GraphicsDecoders::decodePowerDistribution(
+      GraphicsChannelHelpers::copyBlock(
+          GraphicsChannelHelpers::readChannel(request, tavel, pluginInfo, sessionId,
+                                              "exWaterfallData", byPassSessionActivityTimerUpdate),
+          "value"),
+      points);
+  return points;
+}
+
 }  // namespace halvor::kelo

@@ -1,18 +1,20 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
 #include "halvor/protobuf/Graphics.pb.h"
 #include "kelo/WebKeloInterface.h"
+#include "kelo/handlers/http/graphics/GraphicsDecoders.h"
 #include "kelo/handlers/ws/WsAmAmCorrection.h"
 #include "kelo/handlers/ws/WsAmPmCorrection.h"
 #include "kelo/handlers/ws/WsAudioModVectors.h"
 #include "kelo/handlers/ws/WsEqFrequencyResponse.h"
 #include "kelo/handlers/ws/WsGetConstellation.h"
-#include "kelo/handlers/ws/WsGetLissajous.h"
 #include "kelo/handlers/ws/WsGetFrequencyTrace.h"
+#include "kelo/handlers/ws/WsGetLissajous.h"
 #include "kelo/handlers/ws/WsGetSubCarriers.h"
 #include "kelo/handlers/ws/WsPowerDistribution.h"
 #include "support/RecordingHost.h"
@@ -290,6 +292,69 @@ TEST_F(WsGraphicsReadsTest, TheGeneratorRefusesADeadSession) {
                tavelabi::NonExistentSessionException);
   EXPECT_TRUE(message.empty());
   EXPECT_EQ(recording.actions().size(), 1u);
+}
+
+Bytes randomBytes(std::mt19937& random, std::size_t size) {
+  std::uniform_int_distribution<int> byte(0, 255);
+  Bytes block(size);
+  for (std::uint8_t& b : block) b = static_cast<std::uint8_t>(byte(random));
+  return block;
+}
+
+// The pushes of the graphs of many points are written from the decoded numbers; each frame is
+// the serialised message that the decoders' message forms make of the same blocks.
+TEST_F(WsGraphicsEndpointsTest, EveryFrameOfAGraphOfPointsIsItsMessagesBytes) {
+  std::mt19937 random(9);
+  const Bytes amplitude = randomBytes(random, 2 * 3000);
+  const Bytes frequency = randomBytes(random, 4 * 3000);
+  const Bytes maskAmplitude = randomBytes(random, 4 * 20);
+  const Bytes maskFrequency = randomBytes(random, 4 * 20);
+  const Bytes pairs = randomBytes(random, 8 * 1000);
+  const Bytes header = randomBytes(random, 14);
+  const Bytes words = randomBytes(random, 4 * 1000);
+  change("exSpectrumFrequency", channel(frequency));
+  change("exSpectrumMaskAmplitude", channel(maskAmplitude));
+  change("exSpectrumMaskFrequency", channel(maskFrequency));
+  change("exSpectrumAmplitude", spectrumAmplitude(amplitude));
+  change("exConstellationData", channel(pairs));
+  change("exLissajousData", withHeader(pairs, header));
+  change("exWaterfallData", channel(words));
+  change("exAmAmAmplitude", channel(words));
+  change("exAmPmAmplitude", channel(words));
+
+  protobuf::Spectrum spectrum;
+  spectrum.mutable_centerfrequency()->set_value(98.1);
+  spectrum.mutable_centerfrequencyunits()->set_value("MHz");
+  spectrum.mutable_frequencyspan()->set_value(0.4);
+  spectrum.mutable_minvalue()->set_value(-100.0);
+  spectrum.mutable_minvalueunits()->set_value("dBc");
+  spectrum.mutable_maxvalue()->set_value(0.0);
+  spectrum.mutable_maxvalueunits()->set_value("dBc");
+  GraphicsDecoders::appendTrace(amplitude, frequency, *spectrum.mutable_spectrumpoints());
+  GraphicsDecoders::appendTrace(maskAmplitude, maskFrequency, *spectrum.mutable_maskpoints());
+  protobuf::Constellation constellation;
+  GraphicsDecoders::appendFixedPointPairs(pairs, *constellation.mutable_points());
+  protobuf::Lissajous lissajous;
+  GraphicsDecoders::readLissajousHeader(header, lissajous);
+  GraphicsDecoders::appendFixedPointPairs(pairs, *lissajous.mutable_points());
+
+  WsGetSpectrum spectrumEndpoint;
+  // Twice: the second client's push is the first one's bytes, shared.
+  EXPECT_EQ(connect(spectrumEndpoint)->sent().at(0).data, spectrum.SerializeAsString());
+  EXPECT_EQ(connect(spectrumEndpoint)->sent().at(0).data, spectrum.SerializeAsString());
+  WsGetConstellation constellationEndpoint;
+  EXPECT_EQ(connect(constellationEndpoint)->sent().at(0).data, constellation.SerializeAsString());
+  WsGetLissajous lissajousEndpoint;
+  EXPECT_EQ(connect(lissajousEndpoint)->sent().at(0).data, lissajous.SerializeAsString());
+  WsPowerDistribution powerEndpoint;
+  EXPECT_EQ(connect(powerEndpoint)->sent().at(0).data,
+            GraphicsDecoders::powerDistribution(words)->SerializeAsString());
+  WsAmAmCorrection amAmEndpoint;
+  EXPECT_EQ(connect(amAmEndpoint)->sent().at(0).data,
+            GraphicsDecoders::amAmCorrection(words)->SerializeAsString());
+  WsAmPmCorrection amPmEndpoint;
+  EXPECT_EQ(connect(amPmEndpoint)->sent().at(0).data,
+            GraphicsDecoders::amPmCorrection(words)->SerializeAsString());
 }
 
 }  // namespace

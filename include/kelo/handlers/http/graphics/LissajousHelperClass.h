@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "halvor/protobuf/Graphics.pb.h"
+#include "kelo/handlers/http/graphics/GraphicsColumns.h"
 #include "kelo/web/HttpRequest.h"
 #include "tavelabi/IPluginInfo.h"
 #include "tavelabi/ITavel.h"
@@ -21,6 +22,12 @@ class LissajousHelperClass {
   static void getLissajous(const web::HttpRequestPtr& request, tavelabi::ITavel* tavel,
                            tavelabi::IPluginInfo* pluginInfo, std::string sessionId,
                            protobuf::Lissajous& result, bool byPassSessionActivityTimerUpdate);
+  // The same read, the points left as numbers, what the routes write their replies from; the
+  // header's value (where the header holds one) goes into `rest`, the message without its points.
+  static PointColumns readLissajous(const web::HttpRequestPtr& request, tavelabi::ITavel* tavel,
+                                    tavelabi::IPluginInfo* pluginInfo, const std::string& sessionId,
+                                    bool byPassSessionActivityTimerUpdate,
+                                    protobuf::Lissajous& rest);
 };
 
 }  // namespace halvor::kelo
