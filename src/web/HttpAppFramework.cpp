@@ -190,6 +190,12 @@ HttpAppFramework& HttpAppFramework::registerPreRoutingAdvice(PreRoutingAdvice ad
   return *this;
 }
 
+HttpAppFramework& HttpAppFramework::registerUploadDirectory(UploadDirectoryChooser chooser) {
+  impl_->requireNotStarted("registerUploadDirectory");
+  impl_->state->uploadDirectoryChoosers.push_back(std::move(chooser));
+  return *this;
+}
+
 HttpAppFramework& HttpAppFramework::registerRoute(const std::string& pathPattern,
                                                   RouteHandler handler,
                                                   const std::vector<HttpMethod>& constraints,

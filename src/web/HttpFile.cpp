@@ -5,9 +5,26 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
 
+#include "MappedFile.h"
+
 namespace halvor::kelo::web {
+
+HttpFile::Spool::Spool(std::string path, std::size_t length, std::shared_ptr<const void> lease)
+    : path_(std::move(path)), length_(length), lease_(std::move(lease)) {}
+
+HttpFile::Spool::~Spool() {
+  mapped_.reset();
+  std::remove(path_.c_str());
+}
+
+std::string_view HttpFile::Spool::content() const {
+  if (length_ == 0) return {};
+  std::call_once(mapOnce_, [this] { mapped_ = std::make_unique<MappedFile>(path_); });
+  return mapped_->view();
+}
 
 HttpFile::HttpFile(std::string itemName, std::string fileName, std::string contentType,
                    std::string_view content, std::shared_ptr<const void> keepAlive)
@@ -16,6 +33,14 @@ HttpFile::HttpFile(std::string itemName, std::string fileName, std::string conte
       contentType_(std::move(contentType)),
       content_(content),
       keepAlive_(std::move(keepAlive)) {}
+
+HttpFile::HttpFile(std::string itemName, std::string fileName, std::string contentType,
+                   std::shared_ptr<const Spool> spool)
+    : itemName_(std::move(itemName)),
+      fileName_(std::move(fileName)),
+      contentType_(std::move(contentType)),
+      spool_(std::move(spool)),
+      sourcePath_(spool_->path()) {}
 
 std::string HttpFile::getFileExtension() const {
   std::size_t dot = fileName_.rfind('.');
@@ -57,6 +82,14 @@ int HttpFile::saveAs(const std::string& path) const {
   std::filesystem::path partial = target;
   partial.replace_filename("." + target.filename().string() + "." + std::to_string(::getpid()) +
                            "-" + std::to_string(++counter) + ".part");
+  // A spooled part moves: a second name for its file, renamed onto the target. Where the two
+  // folders lie on different file systems (a USB stick), or the file system has no links, the
+  // bytes are copied instead.
+  if (spool_ && ::link(spool_->path().c_str(), partial.c_str()) == 0) {
+    if (::rename(partial.c_str(), target.c_str()) == 0) return 0;
+    ::unlink(partial.c_str());
+    return -1;
+  }
   const int descriptor =
       ::open(partial.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_TRUNC | O_CLOEXEC, 0644);
   if (descriptor < 0) return -1;
@@ -68,7 +101,7 @@ int HttpFile::saveAs(const std::string& path) const {
 }
 
 bool HttpFile::writeTo(int descriptor) const {
-  std::string_view rest = content_;
+  std::string_view rest = fileContent();
   while (!rest.empty()) {
     const ssize_t done = ::write(descriptor, rest.data(), rest.size());
     if (done < 0 && errno == EINTR) continue;
@@ -82,7 +115,7 @@ bool HttpFile::copyFromSource(int descriptor) const {
   const int source = ::open(sourcePath_.c_str(), O_RDONLY | O_CLOEXEC);
   if (source < 0) return writeTo(descriptor);
   auto offset = static_cast<off64_t>(sourceOffset_);
-  std::size_t left = content_.size();
+  std::size_t left = fileLength();
   bool copied = true;
   while (left > 0) {
     const ssize_t done = ::copy_file_range(source, &offset, descriptor, nullptr, left, 0);
@@ -95,7 +128,7 @@ bool HttpFile::copyFromSource(int descriptor) const {
   }
   ::close(source);
   // A file system that cannot copy between these files gets the bytes the ordinary way.
-  if (!copied && left == content_.size()) return writeTo(descriptor);
+  if (!copied && left == fileLength()) return writeTo(descriptor);
   return copied;
 }
 

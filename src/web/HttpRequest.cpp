@@ -94,6 +94,7 @@ void HttpRequest::reset() {
   body_.clear();
   bodyLength_ = 0;
   removeBodyFile();
+  streamedForm_.reset();
   peer_ = InetAddress();
   local_ = InetAddress();
   routingParameters_.clear();

@@ -88,6 +88,7 @@ class HttpSession : public TrackedConnection {
     limits.maxMemoryBody = state_->config.clientMaxMemoryBodySize;
     limits.maxDiskBody = state_->config.clientMaxDiskBodySize;
     limits.diskBudget = state_->diskBudget;
+    limits.uploadDirectories = &state_->uploadDirectoryChoosers;
     parser_.emplace(*request_, std::move(limits), state_->temporaryDirectory);
     parser_->header_limit(static_cast<std::uint32_t>(state_->config.maxHeaderSize));
     parser_->body_limit(bodyLimit(state_->config));

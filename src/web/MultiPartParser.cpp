@@ -75,86 +75,280 @@ std::size_t findReleasing(std::string_view body, std::string_view what, std::siz
   return std::string_view::npos;
 }
 
+// Bytes a part's header block may hold before it is taken as malformed.
+constexpr std::size_t kMaxHeaderBlock = 64 * 1024;
+// Transport padding after a delimiter, before its line break.
+constexpr std::size_t kMaxPadding = 1024;
+// Memory a part takes beside its names and content.
+constexpr std::size_t kPartOverhead = 256;
+
+bool isBlank(std::string_view text) { return trim(text).empty(); }
+
 }  // namespace
+
+MultiPartParser::MultiPartParser() = default;
+MultiPartParser::~MultiPartParser() = default;
+MultiPartParser::MultiPartParser(MultiPartParser&&) noexcept = default;
+MultiPartParser& MultiPartParser::operator=(MultiPartParser&&) noexcept = default;
 
 const std::string& MultiPartParser::getParameter(std::string_view name) const {
   auto it = parameters_.find(std::string(name));
   return it == parameters_.end() ? FieldLookup::empty() : it->second;
 }
 
+std::string MultiPartParser::boundaryOf(std::string_view contentType) {
+  std::string_view mime = trim(contentType.substr(0, contentType.find(';')));
+  if (!FieldLookup::equalsIgnoreCase(mime, "multipart/form-data")) return {};
+  bool found = false;
+  return attributeOf(contentType, "boundary", found);
+}
+
 int MultiPartParser::parse(const HttpRequestPtr& req) {
   parameters_.clear();
   files_.clear();
   if (!req) return -1;
-  const std::string& contentType = req->getHeader("content-type");
-  std::string_view mime = trim(std::string_view(contentType).substr(0, contentType.find(';')));
-  if (!FieldLookup::equalsIgnoreCase(mime, "multipart/form-data")) return -1;
-  bool found = false;
-  std::string boundary = attributeOf(contentType, "boundary", found);
-  if (!found || boundary.empty()) return -1;
-
-  std::string_view body = req->body();
-  const std::string delimiter = "--" + boundary;
-  std::size_t at = body.find(delimiter);
-  if (at == std::string_view::npos) return -1;
-  at += delimiter.size();
-  const std::string separator = "\r\n" + delimiter;
-  while (true) {
-    std::string_view rest = body.substr(at);
-    if (rest.substr(0, 2) == "--") return 0;  // closing delimiter
-    // Transport padding after a delimiter, then the line break.
-    std::size_t lineEnd = rest.find("\r\n");
-    if (lineEnd == std::string_view::npos || !trim(rest.substr(0, lineEnd)).empty()) return -1;
-    at += lineEnd + 2;
-    std::size_t next = findReleasing(body, separator, at, !req->bodyFilePath().empty());
-    if (next == std::string_view::npos) return -1;
-    if (parsePart(body.substr(at, next - at), req) != 0) return -1;
-    at = next + separator.size();
+  // A body the server streamed by part was parsed as it arrived.
+  if (const std::shared_ptr<const MultiPartParser>& streamed = req->streamedForm()) {
+    parameters_ = streamed->parameters_;
+    files_ = streamed->files_;
+    return streamed->state_ == State::Done ? 0 : -1;
   }
+  std::string boundary = boundaryOf(req->getHeader("content-type"));
+  if (boundary.empty()) return -1;
+  begin(std::move(boundary));
+  keepAlive_ = std::static_pointer_cast<const void>(req);
+  sourcePath_ = req->bodyFilePath();
+  releasePages_ = !sourcePath_.empty();
+  std::string_view body = req->body();
+  sourceBase_ = body.data();
+  (void)feed(body);
+  const int result = finish();
+  keepAlive_.reset();
+  sourcePath_.clear();
+  sourceBase_ = nullptr;
+  releasePages_ = false;
+  return result;
 }
 
-int MultiPartParser::parsePart(std::string_view part, const HttpRequestPtr& req) {
-  std::size_t headerEnd = part.find("\r\n\r\n");
-  std::string_view headers;
-  std::string_view content;
-  if (part.substr(0, 2) == "\r\n") {
-    content = part.substr(2);  // a part without any header field
+void MultiPartParser::begin(std::string boundary, std::unique_ptr<PartStore> store,
+                            std::size_t maxFieldBytes) {
+  parameters_.clear();
+  files_.clear();
+  delimiter_ = "--" + boundary;
+  separator_ = "\r\n" + delimiter_;
+  pending_.clear();
+  store_ = std::move(store);
+  maxFieldBytes_ = maxFieldBytes;
+  fieldBytes_ = 0;
+  overLimit_ = false;
+  state_ = boundary.empty() ? State::Failed : State::Preamble;
+}
+
+// Bytes are worked on where they lie while nothing is pending, so that a body fed whole gives
+// views into itself; what cannot be decided yet (a delimiter cut by the end of the piece, a
+// header block not complete) waits in `pending_` for the next piece.
+bool MultiPartParser::feed(std::string_view bytes) {
+  if (state_ == State::Failed) return false;
+  if (pending_.empty()) {
+    std::size_t used = 0;
+    while (used < bytes.size() && state_ != State::Failed) {
+      const std::size_t taken = step(bytes.substr(used));
+      if (taken == 0) break;
+      used += taken;
+    }
+    if (state_ != State::Failed && state_ != State::Done) pending_.assign(bytes.substr(used));
   } else {
-    if (headerEnd == std::string_view::npos) return -1;
-    headers = part.substr(0, headerEnd);
-    content = part.substr(headerEnd + 4);
+    pending_.append(bytes);
+    std::size_t used = 0;
+    while (used < pending_.size() && state_ != State::Failed) {
+      const std::size_t taken = step(std::string_view(pending_).substr(used));
+      if (taken == 0) break;
+      used += taken;
+    }
+    pending_.erase(0, used);
   }
+  if (state_ == State::Done || state_ == State::Failed) pending_.clear();
+  return state_ != State::Failed;
+}
+
+int MultiPartParser::finish() {
+  pending_.clear();
+  const bool done = state_ == State::Done;
+  if (!done) state_ = State::Failed;
+  store_.reset();  // an open part is dropped with the store
+  field_.clear();
+  view_ = {};
+  copy_.reset();
+  return done ? 0 : -1;
+}
+
+// One step of the state machine on the undecided bytes `in`: the number of bytes it used, 0
+// when it needs more.
+std::size_t MultiPartParser::step(std::string_view in) {
+  switch (state_) {
+    case State::Preamble:
+      return findPreamble(in);
+    case State::AfterDelimiter:
+      return readDelimiterEnd(in);
+    case State::Headers:
+      return readHeaders(in);
+    case State::Content:
+      return readContent(in);
+    case State::Done:
+      return in.size();  // the epilogue is ignored
+    case State::Failed:
+      break;
+  }
+  return 0;
+}
+
+// Anything before the first delimiter is ignored; its last bytes may begin one.
+std::size_t MultiPartParser::findPreamble(std::string_view in) {
+  const std::size_t at = in.find(delimiter_);
+  if (at != std::string_view::npos) {
+    state_ = State::AfterDelimiter;
+    return at + delimiter_.size();
+  }
+  return in.size() >= delimiter_.size() ? in.size() - (delimiter_.size() - 1) : 0;
+}
+
+// "--" closes the body; otherwise blank padding and a line break lead to the part's headers.
+std::size_t MultiPartParser::readDelimiterEnd(std::string_view in) {
+  if (in.size() < 2) return 0;
+  if (in.substr(0, 2) == "--") {
+    state_ = State::Done;
+    return in.size();
+  }
+  const std::size_t lineEnd = in.find("\r\n");
+  if (lineEnd == std::string_view::npos) {
+    // Only blanks (and a line break's CR at the very end) may still come before it.
+    std::string_view padding = in.back() == '\r' ? in.substr(0, in.size() - 1) : in;
+    if (!isBlank(padding) || in.size() > kMaxPadding) fail();
+    return 0;
+  }
+  if (!isBlank(in.substr(0, lineEnd))) {
+    fail();
+    return 0;
+  }
+  state_ = State::Headers;
+  return lineEnd + 2;
+}
+
+// The header block ends with an empty line, which must come before the next delimiter.
+std::size_t MultiPartParser::readHeaders(std::string_view in) {
+  // A part without any header field has no Content-Disposition.
+  if (in.substr(0, 2) == "\r\n") return fail(), 0;
+  const std::size_t end = in.find("\r\n\r\n");
+  const std::size_t next = in.find(separator_);
+  if (next != std::string_view::npos && (end == std::string_view::npos || next < end + 4)) {
+    return fail(), 0;
+  }
+  if (end == std::string_view::npos) {
+    if (in.size() > kMaxHeaderBlock) fail();
+    return 0;
+  }
+  if (!startPart(in.substr(0, end))) return 0;
+  state_ = State::Content;
+  return end + 4;
+}
+
+// Content up to the next separator; what may be the start of one waits for more bytes.
+std::size_t MultiPartParser::readContent(std::string_view in) {
+  const std::size_t next = findReleasing(in, separator_, 0, releasePages_);
+  if (next != std::string_view::npos) {
+    if (!addContent(in.substr(0, next)) || !endPart()) return 0;
+    state_ = State::AfterDelimiter;
+    return next + separator_.size();
+  }
+  if (in.size() < separator_.size()) return 0;
+  const std::size_t sure = in.size() - (separator_.size() - 1);
+  if (!addContent(in.substr(0, sure))) return 0;
+  return sure;
+}
+
+bool MultiPartParser::startPart(std::string_view headers) {
   std::string disposition;
-  std::string partType;
+  partType_.clear();
   while (!headers.empty()) {
     std::size_t end = headers.find("\r\n");
     std::string_view line = headers.substr(0, end);
     headers = end == std::string_view::npos ? std::string_view() : headers.substr(end + 2);
     std::size_t colon = line.find(':');
-    if (colon == std::string_view::npos) return -1;
+    if (colon == std::string_view::npos) return fail();
     std::string_view name = trim(line.substr(0, colon));
     std::string_view value = trim(line.substr(colon + 1));
     if (FieldLookup::equalsIgnoreCase(name, "content-disposition")) disposition = value;
-    if (FieldLookup::equalsIgnoreCase(name, "content-type")) partType = value;
+    if (FieldLookup::equalsIgnoreCase(name, "content-type")) partType_ = value;
   }
-  if (disposition.empty()) return -1;
+  if (disposition.empty()) return fail();
   bool hasName = false;
-  std::string itemName = attributeOf(disposition, "name", hasName);
-  if (!hasName) return -1;
-  bool hasFileName = false;
-  std::string fileName = attributeOf(disposition, "filename", hasFileName);
-  if (hasFileName) {
-    files_.emplace_back(std::move(itemName), std::move(fileName), std::move(partType), content,
-                        std::static_pointer_cast<const void>(req));
-    if (!req->bodyFilePath().empty()) {
-      // The content is a view into the mapped body file: the same bytes lie in the file.
-      files_.back().setSourceFile(req->bodyFilePath(),
-                                  static_cast<std::size_t>(content.data() - req->body().data()));
-    }
-  } else {
-    parameters_[itemName] = std::string(content);
+  itemName_ = attributeOf(disposition, "name", hasName);
+  if (!hasName) return fail();
+  fileName_ = attributeOf(disposition, "filename", isFile_);
+  field_.clear();
+  view_ = {};
+  copy_.reset();
+  // What a part keeps in memory beside its content counts as well, so that a body of many
+  // tiny parts cannot grow without bound.
+  if (!countFieldBytes(kPartOverhead + itemName_.size() + fileName_.size())) return false;
+  if (isFile_ && store_ && !store_->open()) return fail(true);
+  return true;
+}
+
+bool MultiPartParser::addContent(std::string_view bytes) {
+  if (!isFile_) return countFieldBytes(bytes.size()) && (field_.append(bytes), true);
+  if (store_) return store_->write(bytes) || fail(true);
+  if (bytes.empty()) return true;
+  // A view while the content comes in one piece of a body that the request keeps alive (a
+  // whole body is fed at once), else a copy: pieces fed one by one do not outlive the call.
+  if (!copy_ && keepAlive_ && (view_.empty() || view_.data() + view_.size() == bytes.data())) {
+    view_ = view_.empty() ? bytes : std::string_view(view_.data(), view_.size() + bytes.size());
+    return true;
   }
-  return 0;
+  if (!copy_) copy_ = std::make_shared<std::string>(view_);
+  copy_->append(bytes);
+  return true;
+}
+
+bool MultiPartParser::endPart() {
+  if (!isFile_) {
+    parameters_[itemName_] = std::move(field_);
+    field_.clear();
+    return true;
+  }
+  if (store_) {
+    std::shared_ptr<const HttpFile::Spool> spool = store_->close();
+    if (!spool) return fail(true);
+    files_.emplace_back(std::move(itemName_), std::move(fileName_), std::move(partType_),
+                        std::move(spool));
+    return true;
+  }
+  if (copy_) {
+    files_.emplace_back(std::move(itemName_), std::move(fileName_), std::move(partType_),
+                        std::string_view(*copy_), std::static_pointer_cast<const void>(copy_));
+    copy_.reset();
+    return true;
+  }
+  files_.emplace_back(std::move(itemName_), std::move(fileName_), std::move(partType_), view_,
+                      keepAlive_);
+  // The content is a view into a mapped body file: the same bytes lie in the file.
+  if (!sourcePath_.empty() && !view_.empty()) {
+    files_.back().setSourceFile(sourcePath_, static_cast<std::size_t>(view_.data() - sourceBase_));
+  }
+  view_ = {};
+  return true;
+}
+
+bool MultiPartParser::countFieldBytes(std::size_t bytes) {
+  fieldBytes_ += bytes;
+  if (maxFieldBytes_ != 0 && fieldBytes_ > maxFieldBytes_) return fail(true);
+  return true;
+}
+
+bool MultiPartParser::fail(bool overLimit) {
+  state_ = State::Failed;
+  overLimit_ = overLimit_ || overLimit;
+  return false;
 }
 
 }  // namespace halvor::kelo::web

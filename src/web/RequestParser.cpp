@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "FieldLookup.h"
+#include "PartSpool.h"
 #include "UrlCodec.h"
 
 namespace halvor::kelo::web {
@@ -91,6 +92,10 @@ void RequestParser::on_header_impl(error_code&) {}
 
 void RequestParser::on_body_init_impl(const boost::optional<std::uint64_t>& contentLength,
                                       error_code& ec) {
+  if (startForm(contentLength)) {
+    if (contentLength && *contentLength > limits_.maxDiskBody) ec = http::error::body_limit;
+    return;
+  }
   if (contentLength && *contentLength > limits_.maxMemoryBody &&
       (*contentLength > limits_.maxDiskBody || !openBodyFile())) {
     ec = http::error::body_limit;
@@ -110,6 +115,11 @@ std::size_t RequestParser::on_chunk_body_impl(std::uint64_t, string_view body, e
 }
 
 void RequestParser::on_finish_impl(error_code&) {
+  if (form_) {
+    (void)form_->finish();  // a malformed body is the handler's to answer
+    request_.setStreamedForm(std::move(form_));
+    return;
+  }
   if (bodyFile_ >= 0) {
     ::close(bodyFile_);
     bodyFile_ = -1;
@@ -121,6 +131,7 @@ void RequestParser::on_finish_impl(error_code&) {
 // In memory until the body passes the memory limit, then in the file (chunked bodies learn
 // their size only as they come).
 bool RequestParser::appendBody(string_view chunk) {
+  if (form_) return appendForm(chunk);
   if (bodyFile_ < 0 && request_.bodyLength() + chunk.size() > limits_.maxMemoryBody) {
     if (!openBodyFile()) return false;
     std::string_view sofar = request_.body();
@@ -132,6 +143,43 @@ bool RequestParser::appendBody(string_view chunk) {
     return true;
   }
   return writeToFile(chunk.data(), chunk.size());
+}
+
+// A multipart body that would not stay in memory is streamed by part.
+bool RequestParser::startForm(const boost::optional<std::uint64_t>& contentLength) {
+  if (contentLength && *contentLength <= limits_.maxMemoryBody) return false;
+  std::string boundary = MultiPartParser::boundaryOf(request_.getHeader("content-type"));
+  if (boundary.empty()) return false;
+  auto lease =
+      limits_.diskBudget ? limits_.diskBudget->lease() : std::make_shared<DiskBudget>()->lease();
+  form_ = std::make_shared<MultiPartParser>();
+  form_->begin(std::move(boundary),
+               std::make_unique<PartSpool>(uploadDirectory(), temporaryDirectory_, std::move(lease),
+                                           limits_.maxDiskBody),
+               static_cast<std::size_t>(limits_.maxMemoryBody));
+  formLength_ = 0;
+  return true;
+}
+
+// A malformed body is read to its end all the same (its parts so far are kept, the rest is
+// ignored); a body beyond its limits is not.
+bool RequestParser::appendForm(string_view chunk) {
+  formLength_ += chunk.size();
+  if (formLength_ > limits_.maxDiskBody) return false;
+  return form_->feed(std::string_view(chunk.data(), chunk.size())) || !form_->overLimit();
+}
+
+// The first answer of the application's choosers; a chooser that throws has none.
+std::string RequestParser::uploadDirectory() const {
+  if (!limits_.uploadDirectories) return {};
+  for (const auto& choose : *limits_.uploadDirectories) {
+    try {
+      std::string directory = choose(request_);
+      if (!directory.empty()) return directory;
+    } catch (...) {
+    }
+  }
+  return {};
 }
 
 // Within this body's own limit and the budget of all bodies on disk, or not at all.

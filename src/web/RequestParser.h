@@ -2,11 +2,14 @@
 
 #include <boost/beast/http/basic_parser.hpp>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "DiskBudget.h"
 #include "kelo/web/HttpRequest.h"
+#include "kelo/web/MultiPartParser.h"
 
 namespace halvor::kelo::web {
 
@@ -16,6 +19,12 @@ namespace halvor::kelo::web {
 // The file may grow to `limits.maxDiskBody` and takes its bytes from `limits.diskBudget`; a body
 // beyond either fails with body_limit. A Transfer-Encoding other than one "chunked" fails with
 // bad_transfer_encoding: its body would otherwise be read as the next request.
+// A multipart/form-data body above `limits.maxMemoryBody` (or chunked, of a size not known) is
+// not kept whole: it is parsed as it arrives, its fields into memory (at most maxMemoryBody),
+// each file part into a temporary file of its own in the folder the first of
+// `limits.uploadDirectories` names (else in `temporaryDirectory`); the whole body may hold
+// maxDiskBody, the files take their bytes from the disk budget. The parts reach the request
+// (HttpRequest::streamedForm) once the message is complete; if it never is, they are removed.
 class RequestParser : public boost::beast::http::basic_parser<true> {
  public:
   using error_code = boost::beast::error_code;
@@ -25,6 +34,7 @@ class RequestParser : public boost::beast::http::basic_parser<true> {
     std::uint64_t maxMemoryBody = 0;
     std::uint64_t maxDiskBody = 0;
     std::shared_ptr<DiskBudget> diskBudget;
+    const std::vector<std::function<std::string(const HttpRequest&)>>* uploadDirectories = nullptr;
   };
 
   RequestParser(HttpRequest& request, Limits limits, const std::string& temporaryDirectory);
@@ -48,6 +58,9 @@ class RequestParser : public boost::beast::http::basic_parser<true> {
   void on_finish_impl(error_code& ec) override;
 
   bool appendBody(string_view chunk);
+  bool startForm(const boost::optional<std::uint64_t>& contentLength);
+  bool appendForm(string_view chunk);
+  std::string uploadDirectory() const;
   bool writeToFile(const char* data, std::size_t size);
   bool openBodyFile();
   void discardBodyFile();
@@ -61,6 +74,8 @@ class RequestParser : public boost::beast::http::basic_parser<true> {
   std::uint64_t bodyFileLength_ = 0;
   std::shared_ptr<DiskBudget::Lease> lease_;
   bool transferEncodingSeen_ = false;
+  std::shared_ptr<MultiPartParser> form_;
+  std::uint64_t formLength_ = 0;
 };
 
 }  // namespace halvor::kelo::web

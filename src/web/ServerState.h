@@ -38,6 +38,7 @@ class ServerState {
   std::vector<HttpAppFramework::PreRoutingAdvice> preRoutingAdvices;
   std::unique_ptr<StaticFiles> staticFiles;
   std::string temporaryDirectory;
+  std::vector<HttpAppFramework::UploadDirectoryChooser> uploadDirectoryChoosers;
   ConnectionLimiter limiter;
   std::shared_ptr<DiskBudget> diskBudget = std::make_shared<DiskBudget>();
   std::atomic<bool> stopping{false};

@@ -161,12 +161,17 @@ def run(sim, checks):
                              [("file", "update.pkg", big)])
     with open(os.path.join(onboard, "update.pkg"), "rb") as written:
         same = hashlib.sha256(written.read()).digest() == hashlib.sha256(big).digest()
-    checks.check("a 3 MB upload through the body file arrives whole", status == 200 and same, body)
+    checks.check("a 3 MB upload streamed by part arrives whole", status == 200 and same, body)
+    spool = os.path.join(onboard, ".uploads")
+    checks.check("its file part was written beside its target and moved, nothing left behind",
+                 os.path.isdir(spool) and os.listdir(spool) == [], files_under(storage))
 
     cut_upload(sim, "cut.pkg")
     time.sleep(0.5)
     checks.check("a cut upload leaves no file behind",
-                 not any("cut.pkg" in name for name in files_under(storage)), files_under(storage))
+                 not any("cut.pkg" in name or "kelo-part-" in name
+                         for name in files_under(storage)) and os.listdir(spool) == [],
+                 files_under(storage))
     status, _, _ = sim.get("/1/api/files/upgradeFile", SESSION)
     checks.check("and the server goes on", status == 200)
 

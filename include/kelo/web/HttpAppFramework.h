@@ -39,6 +39,9 @@ class HttpAppFramework {
       std::function<void(const HttpRequestPtr&, AdviceCallback&&, AdviceChainCallback&&)>;
   // (path pattern, method, description) of one registered route and method.
   using HandlerInfo = std::tuple<std::string, HttpMethod, std::string>;
+  // For a multipart/form-data request whose body is streamed by part: the folder its file parts
+  // are written to while they arrive (see registerUploadDirectory); "" when it has no opinion.
+  using UploadDirectoryChooser = std::function<std::string(const HttpRequest&)>;
   using SslConfCmds = std::vector<std::pair<std::string, std::string>>;
 
   // The most "{name}" parameters a route may have.
@@ -77,6 +80,12 @@ class HttpAppFramework {
   // Run for every request before routing, OPTIONS on unknown paths included. The advice either
   // answers with the first callback or lets the request go on with the second.
   HttpAppFramework& registerPreRoutingAdvice(PreRoutingAdvice advice);
+  // Asked, with the request line and header fields only, where the file parts of a streamed
+  // multipart body go: a folder on the file system of their final place lets the handler move
+  // them there instead of copying. The first chooser that answers wins; without an answer, or
+  // when the folder cannot be written, they go where other body files go. Called on the I/O
+  // threads: it must be safe from any thread.
+  HttpAppFramework& registerUploadDirectory(UploadDirectoryChooser chooser);
 
   // A route served by a callable taking (const HttpRequestPtr&, ResponseCallback&&, and one
   // std::string per "{name}" segment of `pathPattern`, in order). Empty constraints: any method.

@@ -13,6 +13,7 @@
 namespace halvor::kelo::web {
 
 class MappedFile;
+class MultiPartParser;
 
 // One HTTP request. The server fills it; handlers read it, from any thread, for as long as they
 // hold the pointer. Tests and fakes build one with newHttpRequest() and the setters.
@@ -59,6 +60,10 @@ class HttpRequest {
   // Path of the temporary file that holds the body, "" when the body is in memory. The file is
   // removed when the request is destroyed or reused.
   const std::string& bodyFilePath() const { return bodyFilePath_; }
+  // A multipart/form-data body above client_max_memory_body_size is not kept whole: the server
+  // parses it as it arrives, fields into memory and each file part into a file of its own, and
+  // the parts are found here (MultiPartParser::parse gives them). body() is then empty.
+  const std::shared_ptr<const MultiPartParser>& streamedForm() const { return streamedForm_; }
 
   const InetAddress& peerAddr() const { return peer_; }
   const InetAddress& localAddr() const { return local_; }
@@ -80,6 +85,9 @@ class HttpRequest {
   // `lease`, when given, is released once the file is gone (the server's disk budget).
   void setBodyFile(std::string path, std::size_t length,
                    std::shared_ptr<const void> lease = nullptr);
+  void setStreamedForm(std::shared_ptr<const MultiPartParser> form) {
+    streamedForm_ = std::move(form);
+  }
   void setPeerAddr(InetAddress addr) { peer_ = std::move(addr); }
   void setLocalAddr(InetAddress addr) { local_ = std::move(addr); }
   std::vector<std::string>& routingParameters() { return routingParameters_; }
@@ -102,6 +110,7 @@ class HttpRequest {
   std::string bodyFilePath_;
   mutable std::unique_ptr<MappedFile> mappedBody_;
   std::shared_ptr<const void> bodyFileLease_;
+  std::shared_ptr<const MultiPartParser> streamedForm_;
   InetAddress peer_;
   InetAddress local_;
   std::vector<std::string> routingParameters_;

@@ -7,6 +7,7 @@
 #include <map>
 #include <stdexcept>
 
+#include "kelo/controllers/KeloFrame.h"
 #include "kelo/handlers/http/files/FileExceptions.h"
 #include "kelo/handlers/http/files/FileStorage.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
@@ -102,6 +103,21 @@ std::string FileHandlerHelpers::targetDirectory(int fileType, int volume) {
   // Only the server's own certificates have a sub-directory, where the listener looks.
   if (fileType == protobuf::KELO_CERTIFICATE) directory += "/certificates/uploaded";
   return directory;
+}
+
+std::string FileHandlerHelpers::uploadSpoolDirectory(const web::HttpRequest& req) {
+  static const std::string prefix = KeloFrame::versionedPath("/api/files/");
+  if (req.method() != web::Post || req.path().rfind(prefix, 0) != 0) return {};
+  const std::string volumeName = req.getParameter("targetMountedVolume");
+  if (!validTargetStorageVolume(volumeName)) return {};
+  if (fileTypeWords().count(req.path().substr(prefix.size())) == 0) return {};
+  protobuf::TargetStorageVolume volume{};
+  protobuf::TargetStorageVolume_Parse(volumeName, &volume);
+  if (volume > protobuf::ONBOARD_FILESYSTEM && FileStorage::remountsSticks()) return {};
+  const std::string volumeRoot = FileStorage::root() + volumeDirectory(volume);
+  std::error_code ec;
+  if (!std::filesystem::is_directory(volumeRoot, ec)) return {};
+  return volumeRoot + "/.uploads";
 }
 
 void FileHandlerHelpers::saveFile(const web::HttpFile& file, int fileType, int volume, bool skip) {

@@ -39,6 +39,20 @@ void applyUploadedCertificates(const web::HttpRequestPtr& req, tavelabi::ITavel*
   }
 }
 
+// The file parts of a body the server streamed by part lie in temporary files of their own
+// until the request goes, which may be after the answer was sent. Once the upload is handled,
+// either way, they are given back, so that the answer finds no temporary file left.
+class StreamedPartsRelease {
+ public:
+  explicit StreamedPartsRelease(const web::HttpRequestPtr& req) : req_(req) {}
+  ~StreamedPartsRelease() { req_->setStreamedForm(nullptr); }
+  StreamedPartsRelease(const StreamedPartsRelease&) = delete;
+  StreamedPartsRelease& operator=(const StreamedPartsRelease&) = delete;
+
+ private:
+  const web::HttpRequestPtr& req_;
+};
+
 }  // namespace
 
 void PostFiles::uploadFiles(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
@@ -50,6 +64,7 @@ void PostFiles::uploadFiles(const web::HttpRequestPtr& req, web::HttpResponsePtr
 void PostFiles::postFiles(const web::HttpRequestPtr& req, web::HttpResponsePtr& resp,
                           const std::string& fileType, tavelabi::ITavel* tavel,
                           tavelabi::IPluginInfo* info, const std::string& sessionId, bool skip) {
+  const StreamedPartsRelease release(req);
   const std::string volumeName = QueryParameters::required(req, "targetMountedVolume");
   if (!FileHandlerHelpers::validTargetStorageVolume(volumeName)) {
     throw UnknownStorageVolume(volumeName);
@@ -64,9 +79,12 @@ void PostFiles::postFiles(const web::HttpRequestPtr& req, web::HttpResponsePtr& 
   if (!FileHandlerHelpers::volumeIsMounted(req, volumeName, typeName, tavel, info, sessionId)) {
     throw VolumeNotMounted(volumeName);
   }
-  web::MultiPartParser parser;
-  (void)parser.parse(req);  // a body that is not multipart has no files
-  const std::vector<web::HttpFile> files = parser.getFiles();
+  std::vector<web::HttpFile> files;
+  {
+    web::MultiPartParser parser;
+    (void)parser.parse(req);  // a body that is not multipart has no files
+    files = parser.getFiles();
+  }
   if (files.empty()) throw std::runtime_error("No files uploaded or files are empty.");
   refuseUnsafeNames(files);
   for (const web::HttpFile& file : files) {

@@ -34,6 +34,13 @@ class FileHandlerHelpers {
   // The directory a file of this type is written to on this volume, storage root in front.
   static std::string targetDirectory(int fileType, int volume);
 
+  // Where the web layer writes the file parts of an upload while they arrive (for
+  // registerUploadDirectory): a hidden folder ".uploads" in the target volume's folder, on the
+  // file system of the target, so that saving moves the file instead of copying it. "" (the
+  // server's temporary folder, and a copy) for other requests, for a volume whose folder does
+  // not exist, and for a stick that is remounted around writes (read-only until then).
+  static std::string uploadSpoolDirectory(const web::HttpRequest& req);
+
   // Writes the upload to its volume, a stick being remounted read/write around the write and
   // always back to read-only before leaving; checks the size on disk. Throws std::runtime_error.
   static void saveFile(const web::HttpFile& file, int fileType, int volume, bool skip);

@@ -241,3 +241,39 @@ TEST_F(FileHelpersTest, TheListAndOneFileComeFromTheCatalogue) {
 
 }  // namespace
 }  // namespace halvor::kelo::test
+
+namespace halvor::kelo::test {
+namespace {
+
+std::string spoolOf(const std::string& path, const std::string& query,
+                    web::HttpMethod method = web::Post) {
+  return FileHandlerHelpers::uploadSpoolDirectory(*makeRequest(method, path, query));
+}
+
+TEST_F(FileHelpersTest, UploadsSpoolInAHiddenFolderOfTheirTargetVolume) {
+  std::filesystem::create_directories(root / "data/halvor/files");
+  const std::string onboard = (root / "data/halvor/files/.uploads").string();
+  EXPECT_EQ(spoolOf("/1/api/files/upgradeFile", "targetMountedVolume=ONBOARD_FILESYSTEM"), onboard);
+  EXPECT_EQ(spoolOf("/1/api/files/keloCertificates", "targetMountedVolume=ONBOARD_FILESYSTEM"),
+            onboard);
+  // Not an upload of a known type to a known volume: the server's own temporary folder.
+  EXPECT_EQ(spoolOf("/1/api/files/upgradeFile", "targetMountedVolume=ONBOARD_FILESYSTEM", web::Get),
+            "");
+  EXPECT_EQ(spoolOf("/1/api/files/nothing", "targetMountedVolume=ONBOARD_FILESYSTEM"), "");
+  EXPECT_EQ(spoolOf("/1/api/files/upgradeFile", "targetMountedVolume=UNKNOWN_VOLUME"), "");
+  EXPECT_EQ(spoolOf("/1/api/files/upgradeFile", ""), "");
+  EXPECT_EQ(spoolOf("/1/api/playlists", "targetMountedVolume=ONBOARD_FILESYSTEM"), "");
+  // A volume whose folder is not there gets nothing made in its place.
+  EXPECT_EQ(spoolOf("/1/api/files/upgradeFile", "targetMountedVolume=USB_A"), "");
+  std::filesystem::create_directories(root / "mnt/USB-A");
+  // Sticks that are plain folders take the spool like the on-board volume...
+  EXPECT_EQ(spoolOf("/1/api/files/upgradeFile", "targetMountedVolume=USB_A"),
+            (root / "mnt/USB-A/.uploads").string());
+  // ...remounted ones are read-only until the upload's own remount.
+  FileStorage::configure(root.string(), true);
+  EXPECT_EQ(spoolOf("/1/api/files/upgradeFile", "targetMountedVolume=USB_A"), "");
+  EXPECT_EQ(spoolOf("/1/api/files/upgradeFile", "targetMountedVolume=ONBOARD_FILESYSTEM"), onboard);
+}
+
+}  // namespace
+}  // namespace halvor::kelo::test

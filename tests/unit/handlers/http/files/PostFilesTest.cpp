@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -6,7 +7,9 @@
 
 #include "kelo/handlers/certificates/CertificateFilesError.h"
 #include "kelo/handlers/http/files/FileExceptions.h"
+#include "kelo/handlers/http/files/FileHandlerHelpers.h"
 #include "kelo/handlers/http/files/PostFiles.h"
+#include "kelo/web/MultiPartParser.h"
 #include "support/FakePluginInfo.h"
 #include "support/RecordingHost.h"
 #include "unit/handlers/http/files/UploadFixture.h"
@@ -177,6 +180,96 @@ TEST_F(PostFilesTest, ABodyKeptInATemporaryFileIsSavedWhole) {
   const std::string written((std::istreambuf_iterator<char>(in)), {});
   EXPECT_EQ(written.size(), content.size());
   EXPECT_TRUE(written == content);
+}
+
+// File parts written to one file each in a folder, as the web layer does for a body above its
+// memory limit; the inode of each is remembered.
+class FolderStore : public web::MultiPartParser::PartStore {
+ public:
+  FolderStore(std::string folder, std::vector<ino_t>& inodes)
+      : folder_(std::move(folder)), inodes_(inodes) {}
+  bool open() override {
+    std::filesystem::create_directories(folder_);
+    path_ = folder_ + "/part-" + std::to_string(inodes_.size());
+    out_.open(path_, std::ios::binary);
+    length_ = 0;
+    return out_.good();
+  }
+  bool write(std::string_view bytes) override {
+    out_.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    length_ += bytes.size();
+    return out_.good();
+  }
+  std::shared_ptr<const web::HttpFile::Spool> close() override {
+    out_.close();
+    struct stat status {};
+    inodes_.push_back(::stat(path_.c_str(), &status) == 0 ? status.st_ino : 0);
+    return std::make_shared<const web::HttpFile::Spool>(path_, length_, nullptr);
+  }
+
+ private:
+  std::string folder_;
+  std::vector<ino_t>& inodes_;
+  std::ofstream out_;
+  std::string path_;
+  std::size_t length_ = 0;
+};
+
+TEST_F(PostFilesTest, ABodyStreamedByPartIsMovedIntoPlaceNotCopied) {
+  std::string content(2 * 1024 * 1024, '\0');
+  for (std::size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i * 13 % 251);
+  auto req =
+      makeRequest(web::Post, "/1/api/files/upgradeFile", "targetMountedVolume=ONBOARD_FILESYSTEM");
+  req->addHeader("Content-Type", std::string("multipart/form-data; boundary=") + kBoundary);
+  std::filesystem::create_directories(root / "data/halvor/files");
+  const std::string spool = FileHandlerHelpers::uploadSpoolDirectory(*req);
+  ASSERT_EQ(spool, (root / "data/halvor/files/.uploads").string());
+  std::vector<ino_t> inodes;
+  auto form = std::make_shared<web::MultiPartParser>();
+  form->begin(kBoundary, std::make_unique<FolderStore>(spool, inodes));
+  const std::string body =
+      multipartBody({{"file", "big.pkg", content}, {"file", "small.pkg", "tiny"}});
+  for (std::size_t at = 0; at < body.size(); at += 65536) form->feed(body.substr(at, 65536));
+  ASSERT_EQ(form->finish(), 0);
+  req->setStreamedForm(form);
+  form.reset();
+  web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
+  handler.postFiles(req, resp, "upgradeFile", &host, &info, "session", false);
+  EXPECT_EQ(resp->statusCode(), 200);
+  ASSERT_EQ(inodes.size(), 2u);
+  struct stat big {};
+  struct stat small {};
+  ASSERT_EQ(::stat((root / "data/halvor/files/big.pkg").c_str(), &big), 0);
+  ASSERT_EQ(::stat((root / "data/halvor/files/small.pkg").c_str(), &small), 0);
+  EXPECT_EQ(big.st_ino, inodes[0]);
+  EXPECT_EQ(small.st_ino, inodes[1]);
+  std::ifstream in(root / "data/halvor/files/big.pkg", std::ios::binary);
+  EXPECT_TRUE(std::string((std::istreambuf_iterator<char>(in)), {}) == content);
+  // The spooled names are given back once the upload is handled; the saved files stay.
+  EXPECT_EQ(req->streamedForm(), nullptr);
+  EXPECT_TRUE(std::filesystem::is_empty(spool));
+  EXPECT_EQ(std::filesystem::file_size(root / "data/halvor/files/small.pkg"), 4u);
+}
+
+TEST_F(PostFilesTest, AStreamedUploadWithAnUnsafeNameWritesNothingInTheTarget) {
+  auto req =
+      makeRequest(web::Post, "/1/api/files/upgradeFile", "targetMountedVolume=ONBOARD_FILESYSTEM");
+  req->addHeader("Content-Type", std::string("multipart/form-data; boundary=") + kBoundary);
+  std::filesystem::create_directories(root / "data/halvor/files");
+  std::vector<ino_t> inodes;
+  auto form = std::make_shared<web::MultiPartParser>();
+  form->begin(kBoundary, std::make_unique<FolderStore>(
+                             FileHandlerHelpers::uploadSpoolDirectory(*req), inodes));
+  form->feed(multipartBody({{"file", "good.pkg", "fine"}, {"file", "../evil.pkg", "bad"}}));
+  ASSERT_EQ(form->finish(), 0);
+  req->setStreamedForm(form);
+  form.reset();
+  web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
+  EXPECT_THROW(handler.postFiles(req, resp, "upgradeFile", &host, &info, "session", false),
+               std::runtime_error);
+  // Nothing but the (now empty) spool folder.
+  EXPECT_EQ(filesUnderRoot(), std::vector<std::string>{});
+  EXPECT_FALSE(std::filesystem::exists(root / "data/halvor/evil.pkg"));
 }
 
 }  // namespace
