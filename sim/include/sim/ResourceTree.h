@@ -5,6 +5,8 @@
 #include <optional>
 #include <shared_mutex>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "tavelabi/Resource.h"
@@ -51,11 +53,20 @@ class ResourceTree {
  private:
   // Calls visit(path, resource) for every stored path that may match glob, in path order; the
   // caller holds the lock.
+  using Resources = std::map<std::string, tavelabi::Resource>;
+
   template <typename Visit>
   void forEachCandidate(const std::string& glob, const Visit& visit) const;
+  // The stored resource at `path`, or nullptr; the caller holds the lock.
+  const tavelabi::Resource* stored(std::string_view path) const;
+  Resources::iterator storedEntry(std::string_view path);
 
   mutable std::shared_mutex mutex_;
-  std::map<std::string, tavelabi::Resource> resources_;
+  // Ordered, for the globs' runs of paths; the hash index answers a read of one path with one
+  // hash and one compare instead of a dozen compares of long paths that share their start.
+  // Its keys are views of the map's own keys, whose nodes never move.
+  Resources resources_;
+  std::unordered_map<std::string_view, Resources::iterator> index_;
 };
 
 }  // namespace halvor::sim
