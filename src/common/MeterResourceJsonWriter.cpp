@@ -1,6 +1,7 @@
 #include "kelo/common/MeterResourceJsonWriter.h"
 
 #include <string>
+#include <string_view>
 
 #include "kelo/common/JsonText.h"
 
@@ -12,14 +13,7 @@ using tavelabi::Resource;
 using tavelabi::ResourceValue;
 using tavelabi::ResourceValueType;
 
-// The value under the key, or nullptr.
-const ResourceValue* valueOf(const Resource& resource, const char* key) {
-  const auto found = resource.values.find(key);
-  return found == resource.values.end() ? nullptr : &found->second;
-}
-
-bool absentOr(const Resource& resource, const char* key, ResourceValueType type) {
-  const ResourceValue* value = valueOf(resource, key);
+bool absentOr(const ResourceValue* value, ResourceValueType type) {
   return value == nullptr || value->getType() == type;
 }
 
@@ -28,8 +22,7 @@ bool isNumber(ResourceValueType type) {
          type == ResourceValueType::INT32;
 }
 
-bool absentOrNumber(const Resource& resource, const char* key) {
-  const ResourceValue* value = valueOf(resource, key);
+bool absentOrNumber(const ResourceValue* value) {
   return value == nullptr || isNumber(value->getType());
 }
 
@@ -61,29 +54,71 @@ std::string& MeterResourceJsonWriter::Members::next(const char* quotedNameAndCol
   return out_;
 }
 
+// One pass over the resource's keys (a meter has about ten) instead of a lookup of each name:
+// every lookup of the ordered map compares texts several times.
+MeterResourceJsonWriter::Keys MeterResourceJsonWriter::keysOf(const Resource& resource) {
+  Keys keys;
+  for (const auto& [name, value] : resource.values) {
+    const std::string_view key = name;
+    if (key == "guid") {
+      keys.guid = &value;
+    } else if (key == "path") {
+      keys.path = &value;
+    } else if (key == "value") {
+      keys.value = &value;
+    } else if (key == "units") {
+      keys.units = &value;
+    } else if (key == "min") {
+      keys.min = &value;
+    } else if (key == "max") {
+      keys.max = &value;
+    } else if (key == "label") {
+      keys.label = &value;
+    } else if (key == "digitsToDisplay") {
+      keys.digitsToDisplay = &value;
+    } else if (key == "deviceName") {
+      keys.deviceName = &value;
+    } else if (key == "deviceId") {
+      keys.deviceId = &value;
+    }
+  }
+  return keys;
+}
+
 bool MeterResourceJsonWriter::isPlainMeter(const Resource& meter) {
-  const ResourceValue* reading = valueOf(meter, "value");
-  const bool deviceIdPlain = valueOf(meter, "deviceId") == nullptr ||
-                             (absentOr(meter, "deviceId", ResourceValueType::STRING) &&
-                              valueOf(meter, "deviceName") != nullptr);
-  return absentOr(meter, "guid", ResourceValueType::STRING) &&
-         absentOr(meter, "path", ResourceValueType::STRING) &&
-         (reading == nullptr || isPlainReading(*reading)) &&
-         absentOr(meter, "units", ResourceValueType::STRING) && absentOrNumber(meter, "min") &&
-         absentOrNumber(meter, "max") && absentOr(meter, "label", ResourceValueType::STRING) &&
-         absentOr(meter, "digitsToDisplay", ResourceValueType::INT32) &&
-         absentOr(meter, "deviceName", ResourceValueType::STRING) && deviceIdPlain;
+  return isPlainMeter(keysOf(meter));
 }
 
 bool MeterResourceJsonWriter::isPlainGroup(const Resource& group) {
-  return absentOr(group, "guid", ResourceValueType::STRING) &&
-         absentOr(group, "path", ResourceValueType::STRING) &&
-         absentOr(group, "label", ResourceValueType::STRING);
+  return isPlainGroup(keysOf(group));
 }
 
 bool MeterResourceJsonWriter::isPlainCollection(const Resource& collection) {
-  return absentOr(collection, "path", ResourceValueType::STRING) &&
-         absentOr(collection, "label", ResourceValueType::STRING);
+  return isPlainCollection(keysOf(collection));
+}
+
+bool MeterResourceJsonWriter::isPlainMeter(const Keys& keys) {
+  const bool deviceIdPlain =
+      keys.deviceId == nullptr ||
+      (absentOr(keys.deviceId, ResourceValueType::STRING) && keys.deviceName != nullptr);
+  return absentOr(keys.guid, ResourceValueType::STRING) &&
+         absentOr(keys.path, ResourceValueType::STRING) &&
+         (keys.value == nullptr || isPlainReading(*keys.value)) &&
+         absentOr(keys.units, ResourceValueType::STRING) && absentOrNumber(keys.min) &&
+         absentOrNumber(keys.max) && absentOr(keys.label, ResourceValueType::STRING) &&
+         absentOr(keys.digitsToDisplay, ResourceValueType::INT32) &&
+         absentOr(keys.deviceName, ResourceValueType::STRING) && deviceIdPlain;
+}
+
+bool MeterResourceJsonWriter::isPlainGroup(const Keys& keys) {
+  return absentOr(keys.guid, ResourceValueType::STRING) &&
+         absentOr(keys.path, ResourceValueType::STRING) &&
+         absentOr(keys.label, ResourceValueType::STRING);
+}
+
+bool MeterResourceJsonWriter::isPlainCollection(const Keys& keys) {
+  return absentOr(keys.path, ResourceValueType::STRING) &&
+         absentOr(keys.label, ResourceValueType::STRING);
 }
 
 bool MeterResourceJsonWriter::tryPrint(const std::vector<MeterCollectionReading>& collections,
@@ -110,13 +145,14 @@ bool MeterResourceJsonWriter::tryPrint(const std::vector<MeterCollectionReading>
 // Members in the message's field order: path, label, groups.
 bool MeterResourceJsonWriter::printCollection(const MeterCollectionReading& collection,
                                               std::string& out) {
-  if (!isPlainCollection(collection.collection)) {
+  const Keys keys = keysOf(collection.collection);
+  if (!isPlainCollection(keys)) {
     return false;
   }
   out += '{';
   Members members(out);
-  if (!printText(collection.collection, "path", "\"path\":", members) ||
-      !printText(collection.collection, "label", "\"label\":", members)) {
+  if (!printText(keys.path, "\"path\":", members) ||
+      !printText(keys.label, "\"label\":", members)) {
     return false;
   }
   if (!collection.groups.empty()) {
@@ -139,14 +175,14 @@ bool MeterResourceJsonWriter::printCollection(const MeterCollectionReading& coll
 
 // Members in the message's field order: guid, path, label, meters.
 bool MeterResourceJsonWriter::printGroup(const MeterGroupReading& group, std::string& out) {
-  if (!isPlainGroup(group.group)) {
+  const Keys keys = keysOf(group.group);
+  if (!isPlainGroup(keys)) {
     return false;
   }
   out += '{';
   Members members(out);
-  if (!printText(group.group, "guid", "\"guid\":", members) ||
-      !printText(group.group, "path", "\"path\":", members) ||
-      !printText(group.group, "label", "\"label\":", members)) {
+  if (!printText(keys.guid, "\"guid\":", members) || !printText(keys.path, "\"path\":", members) ||
+      !printText(keys.label, "\"label\":", members)) {
     return false;
   }
   if (!group.meters.empty()) {
@@ -170,34 +206,33 @@ bool MeterResourceJsonWriter::printGroup(const MeterGroupReading& group, std::st
 // Members in the message's field order: guid, path, value, units, min, max, label,
 // digitsToDisplay, device. The device is always there, empty when the meter names none.
 bool MeterResourceJsonWriter::printMeter(const Resource& meter, std::string& out) {
-  if (!isPlainMeter(meter)) {
+  const Keys keys = keysOf(meter);
+  if (!isPlainMeter(keys)) {
     return false;
   }
   out += '{';
   Members members(out);
-  if (!printText(meter, "guid", "\"guid\":", members) ||
-      !printText(meter, "path", "\"path\":", members)) {
+  if (!printText(keys.guid, "\"guid\":", members) || !printText(keys.path, "\"path\":", members)) {
     return false;
   }
-  if (const ResourceValue* reading = valueOf(meter, "value")) {
+  if (keys.value != nullptr) {
     // A Resource message holding the reading under "value".
     members.next("\"value\":{\"values\":{\"value\":");
-    if (!printReading(*reading, out)) {
+    if (!printReading(*keys.value, out)) {
       return false;
     }
     out += "}}";
   }
-  if (!printText(meter, "units", "\"units\":", members) ||
-      !printNumber(meter, "min", "\"min\":", members) ||
-      !printNumber(meter, "max", "\"max\":", members) ||
-      !printText(meter, "label", "\"label\":", members)) {
+  if (!printText(keys.units, "\"units\":", members) ||
+      !printNumber(keys.min, "\"min\":", members) || !printNumber(keys.max, "\"max\":", members) ||
+      !printText(keys.label, "\"label\":", members)) {
     return false;
   }
-  if (const ResourceValue* digits = valueOf(meter, "digitsToDisplay")) {
-    members.next("\"digitsToDisplay\":") += std::to_string(digits->getIntValue());
+  if (keys.digitsToDisplay != nullptr) {
+    members.next("\"digitsToDisplay\":") += std::to_string(keys.digitsToDisplay->getIntValue());
   }
   members.next("\"device\":");
-  if (!printDevice(meter, out)) {
+  if (!printDevice(keys, out)) {
     return false;
   }
   out += '}';
@@ -243,33 +278,30 @@ bool MeterResourceJsonWriter::printReading(const ResourceValue& reading, std::st
 }
 
 // The device's GUID is its name directly followed by its id; then its name.
-bool MeterResourceJsonWriter::printDevice(const Resource& meter, std::string& out) {
-  const ResourceValue* name = valueOf(meter, "deviceName");
-  const ResourceValue* id = valueOf(meter, "deviceId");
+bool MeterResourceJsonWriter::printDevice(const Keys& keys, std::string& out) {
   out += '{';
   Members members(out);
-  if (id != nullptr && !JsonText::appendString(name->getStringValue() + id->getStringValue(),
-                                               members.next("\"guid\":"))) {
+  if (keys.deviceId != nullptr &&
+      !JsonText::appendString(keys.deviceName->getStringValue() + keys.deviceId->getStringValue(),
+                              members.next("\"guid\":"))) {
     return false;
   }
-  if (name != nullptr &&
-      !JsonText::appendString(name->getStringValue(), members.next("\"name\":"))) {
+  if (keys.deviceName != nullptr &&
+      !JsonText::appendString(keys.deviceName->getStringValue(), members.next("\"name\":"))) {
     return false;
   }
   out += '}';
   return true;
 }
 
-bool MeterResourceJsonWriter::printText(const Resource& resource, const char* key,
-                                        const char* quotedNameAndColon, Members& members) {
-  const ResourceValue* value = valueOf(resource, key);
+bool MeterResourceJsonWriter::printText(const ResourceValue* value, const char* quotedNameAndColon,
+                                        Members& members) {
   return value == nullptr ||
          JsonText::appendString(value->getStringValue(), members.next(quotedNameAndColon));
 }
 
-bool MeterResourceJsonWriter::printNumber(const Resource& resource, const char* key,
+bool MeterResourceJsonWriter::printNumber(const ResourceValue* value,
                                           const char* quotedNameAndColon, Members& members) {
-  const ResourceValue* value = valueOf(resource, key);
   return value == nullptr ||
          JsonText::appendDouble(numberOf(*value), members.next(quotedNameAndColon));
 }

@@ -44,16 +44,34 @@ class MeterResourceJsonWriter {
     bool first_ = true;
   };
 
+  // The values of the keys the factories read, found in one pass over the resource.
+  struct Keys {
+    const tavelabi::ResourceValue* guid = nullptr;
+    const tavelabi::ResourceValue* path = nullptr;
+    const tavelabi::ResourceValue* value = nullptr;
+    const tavelabi::ResourceValue* units = nullptr;
+    const tavelabi::ResourceValue* min = nullptr;
+    const tavelabi::ResourceValue* max = nullptr;
+    const tavelabi::ResourceValue* label = nullptr;
+    const tavelabi::ResourceValue* digitsToDisplay = nullptr;
+    const tavelabi::ResourceValue* deviceName = nullptr;
+    const tavelabi::ResourceValue* deviceId = nullptr;
+  };
+
+  static Keys keysOf(const tavelabi::Resource& resource);
+  static bool isPlainMeter(const Keys& keys);
+  static bool isPlainGroup(const Keys& keys);
+  static bool isPlainCollection(const Keys& keys);
   static bool printCollection(const MeterCollectionReading& collection, std::string& out);
   static bool printGroup(const MeterGroupReading& group, std::string& out);
   static bool printMeter(const tavelabi::Resource& meter, std::string& out);
   static bool printReading(const tavelabi::ResourceValue& reading, std::string& out);
-  static bool printDevice(const tavelabi::Resource& meter, std::string& out);
-  // The member `key` of the resource as a text, when the resource has it.
-  static bool printText(const tavelabi::Resource& resource, const char* key,
-                        const char* quotedNameAndColon, Members& members);
-  static bool printNumber(const tavelabi::Resource& resource, const char* key,
-                          const char* quotedNameAndColon, Members& members);
+  static bool printDevice(const Keys& keys, std::string& out);
+  // The member as a text or a number, when the resource has its key (value not nullptr).
+  static bool printText(const tavelabi::ResourceValue* value, const char* quotedNameAndColon,
+                        Members& members);
+  static bool printNumber(const tavelabi::ResourceValue* value, const char* quotedNameAndColon,
+                          Members& members);
 };
 
 }  // namespace halvor::kelo
