@@ -9,6 +9,11 @@ namespace halvor::sim {
 
 using tavelabi::Resource;
 
+std::uint64_t ResourceTree::nextIdentity() {
+  static std::atomic<std::uint64_t> last{0};
+  return last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
 std::string ResourceTree::missingText(const std::string& path) { return "No resource at " + path; }
 
 const Resource* ResourceTree::stored(std::string_view path) const {
@@ -64,6 +69,7 @@ Resource ResourceTree::create(const std::string& path, const Resource& resource,
   auto [entry, created] = resources_.try_emplace(path);
   if (created) index_.emplace(entry->first, entry);
   entry->second = resource;
+  generation_.fetch_add(1, std::memory_order_release);
   if (observer) observer(entry->second);
   return entry->second;
 }
@@ -74,6 +80,7 @@ bool ResourceTree::createIfAbsent(const std::string& path, const Resource& resou
   auto [entry, created] = resources_.try_emplace(path, resource);
   if (!created) return false;
   index_.emplace(entry->first, entry);
+  generation_.fetch_add(1, std::memory_order_release);
   if (observer) observer(entry->second);
   return true;
 }
@@ -85,6 +92,7 @@ Resource ResourceTree::update(const std::string& path, const Resource& resource,
   if (found == resources_.end())
     throw tavelabi::NonExistentResourcePathException(missingText(path));
   for (const auto& [key, value] : resource.values) found->second.updateValue(key, value);
+  generation_.fetch_add(1, std::memory_order_release);
   if (observer) observer(found->second);
   return found->second;
 }
@@ -97,6 +105,7 @@ Resource ResourceTree::remove(const std::string& path) {
   Resource removed = std::move(found->second);
   index_.erase(found->first);
   resources_.erase(found);
+  generation_.fetch_add(1, std::memory_order_release);
   return removed;
 }
 

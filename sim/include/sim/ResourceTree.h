@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -50,6 +52,12 @@ class ResourceTree {
 
   static std::string missingText(const std::string& path);
 
+  // A number that grows with every write, and one that no other tree of the process has: a
+  // reader that keeps something it took from the tree knows by them whether it may have changed.
+  // A write that returned before generation() is read has already counted.
+  std::uint64_t generation() const { return generation_.load(std::memory_order_acquire); }
+  std::uint64_t identity() const { return identity_; }
+
  private:
   // Calls visit(path, resource) for every stored path that may match glob, in path order; the
   // caller holds the lock.
@@ -67,6 +75,11 @@ class ResourceTree {
   // Its keys are views of the map's own keys, whose nodes never move.
   Resources resources_;
   std::unordered_map<std::string_view, Resources::iterator> index_;
+  // Counted under the write lock, before it is released.
+  std::atomic<std::uint64_t> generation_{0};
+  const std::uint64_t identity_ = nextIdentity();
+
+  static std::uint64_t nextIdentity();
 };
 
 }  // namespace halvor::sim

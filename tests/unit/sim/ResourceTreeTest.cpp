@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <random>
@@ -203,6 +204,35 @@ TEST(ResourceTreeTest, ReadsOfOnePathFollowEveryCreateAndDeleteInAnyOrder) {
   std::vector<std::string> paths;
   for (const auto& [path, n] : expected) paths.push_back(path);
   EXPECT_EQ(paths, tree.list("**"));
+}
+
+TEST(ResourceTreeTest, TheGenerationGrowsWithEveryWriteAndOnlyWithWrites) {
+  ResourceTree tree;
+  std::uint64_t last = tree.generation();
+  const auto grew = [&] {
+    const std::uint64_t now = tree.generation();
+    const bool grown = now > last;
+    last = now;
+    return grown;
+  };
+  tree.create("/a", Resource("n", ResourceValue(1)));
+  EXPECT_TRUE(grew());
+  tree.read("/a");
+  tree.find("/b");
+  tree.list("**");
+  EXPECT_FALSE(tree.createIfAbsent("/a", Resource()));
+  EXPECT_FALSE(grew());
+  EXPECT_TRUE(tree.createIfAbsent("/b", Resource()));
+  EXPECT_TRUE(grew());
+  tree.update("/a", Resource("n", ResourceValue(2)));
+  EXPECT_TRUE(grew());
+  EXPECT_THROW(tree.update("/c", Resource()), tavelabi::NonExistentResourcePathException);
+  EXPECT_FALSE(grew());
+  tree.remove("/b");
+  EXPECT_TRUE(grew());
+  EXPECT_THROW(tree.remove("/b"), tavelabi::NonExistentResourcePathException);
+  EXPECT_FALSE(grew());
+  EXPECT_NE(tree.identity(), ResourceTree().identity());
 }
 
 }  // namespace
