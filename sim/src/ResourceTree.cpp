@@ -9,40 +9,54 @@ namespace halvor::sim {
 
 using tavelabi::Resource;
 
+std::uint64_t ResourceTree::nextIdentity() {
+  static std::atomic<std::uint64_t> last{0};
+  return last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
 std::string ResourceTree::missingText(const std::string& path) { return "No resource at " + path; }
+
+const Resource* ResourceTree::stored(std::string_view path) const {
+  auto found = index_.find(path);
+  return found == index_.end() ? nullptr : &found->second->second;
+}
+
+ResourceTree::Resources::iterator ResourceTree::storedEntry(std::string_view path) {
+  auto found = index_.find(path);
+  return found == index_.end() ? resources_.end() : found->second;
+}
 
 Resource ResourceTree::read(const std::string& path) const {
   std::shared_lock lock(mutex_);
-  auto found = resources_.find(path);
-  if (found == resources_.end())
-    throw tavelabi::NonExistentResourcePathException(missingText(path));
-  return found->second;
+  const Resource* found = stored(path);
+  if (found == nullptr) throw tavelabi::NonExistentResourcePathException(missingText(path));
+  return *found;
 }
 
 std::optional<Resource> ResourceTree::find(const std::string& path) const {
   std::shared_lock lock(mutex_);
-  auto found = resources_.find(path);
-  if (found == resources_.end()) return std::nullopt;
-  return found->second;
+  const Resource* found = stored(path);
+  if (found == nullptr) return std::nullopt;
+  return *found;
 }
 
 std::optional<tavelabi::ResourceValue> ResourceTree::findValue(const std::string& path,
                                                                const std::string& key) const {
   std::shared_lock lock(mutex_);
-  auto found = resources_.find(path);
-  if (found == resources_.end()) return std::nullopt;
-  auto value = found->second.values.find(key);
-  if (value == found->second.values.end()) return std::nullopt;
+  const Resource* found = stored(path);
+  if (found == nullptr) return std::nullopt;
+  auto value = found->values.find(key);
+  if (value == found->values.end()) return std::nullopt;
   return value->second;
 }
 
 std::optional<std::string> ResourceTree::findText(const std::string& path,
                                                   const std::string& key) const {
   std::shared_lock lock(mutex_);
-  auto found = resources_.find(path);
-  if (found == resources_.end()) return std::nullopt;
-  auto value = found->second.values.find(key);
-  if (value == found->second.values.end() ||
+  const Resource* found = stored(path);
+  if (found == nullptr) return std::nullopt;
+  auto value = found->values.find(key);
+  if (value == found->values.end() ||
       value->second.getType() != tavelabi::ResourceValueType::STRING) {
     return std::nullopt;
   }
@@ -52,38 +66,46 @@ std::optional<std::string> ResourceTree::findText(const std::string& path,
 Resource ResourceTree::create(const std::string& path, const Resource& resource,
                               const Observer& observer) {
   std::unique_lock lock(mutex_);
-  Resource& stored = resources_[path];
-  stored = resource;
-  if (observer) observer(stored);
-  return stored;
+  auto [entry, created] = resources_.try_emplace(path);
+  if (created) index_.emplace(entry->first, entry);
+  entry->second = resource;
+  generation_.fetch_add(1, std::memory_order_release);
+  if (observer) observer(entry->second);
+  return entry->second;
 }
 
 bool ResourceTree::createIfAbsent(const std::string& path, const Resource& resource,
                                   const Observer& observer) {
   std::unique_lock lock(mutex_);
-  auto [stored, created] = resources_.try_emplace(path, resource);
-  if (created && observer) observer(stored->second);
-  return created;
+  auto [entry, created] = resources_.try_emplace(path, resource);
+  if (!created) return false;
+  index_.emplace(entry->first, entry);
+  generation_.fetch_add(1, std::memory_order_release);
+  if (observer) observer(entry->second);
+  return true;
 }
 
 Resource ResourceTree::update(const std::string& path, const Resource& resource,
                               const Observer& observer) {
   std::unique_lock lock(mutex_);
-  auto found = resources_.find(path);
+  auto found = storedEntry(path);
   if (found == resources_.end())
     throw tavelabi::NonExistentResourcePathException(missingText(path));
   for (const auto& [key, value] : resource.values) found->second.updateValue(key, value);
+  generation_.fetch_add(1, std::memory_order_release);
   if (observer) observer(found->second);
   return found->second;
 }
 
 Resource ResourceTree::remove(const std::string& path) {
   std::unique_lock lock(mutex_);
-  auto found = resources_.find(path);
+  auto found = storedEntry(path);
   if (found == resources_.end())
     throw tavelabi::NonExistentResourcePathException(missingText(path));
   Resource removed = std::move(found->second);
+  index_.erase(found->first);
   resources_.erase(found);
+  generation_.fetch_add(1, std::memory_order_release);
   return removed;
 }
 

@@ -41,19 +41,26 @@ bool SessionTable::isExpired(const SessionRecord& record,
 }
 
 SessionRecord* SessionTable::liveRecord(const std::string& sessionId) {
+  return liveRecord(sessionId, clock_());
+}
+
+SessionRecord* SessionTable::liveRecord(const std::string& sessionId,
+                                        std::chrono::steady_clock::time_point now) {
   auto found = sessions_.find(sessionId);
   if (found == sessions_.end()) return nullptr;
-  if (isExpired(found->second, clock_())) {
+  if (isExpired(found->second, now)) {
     sessions_.erase(found);
     return nullptr;
   }
   return &found->second;
 }
 
+// Every host action passes here: the clock is read once, for the expiry and the activity both.
 SessionRecord& SessionTable::checkedRecord(const std::string& sessionId, bool countsAsActivity) {
-  SessionRecord* record = liveRecord(sessionId);
+  const std::chrono::steady_clock::time_point now = clock_();
+  SessionRecord* record = liveRecord(sessionId, now);
   if (record == nullptr) throw tavelabi::NonExistentSessionException(missingText(sessionId));
-  if (countsAsActivity) record->lastActivity = clock_();
+  if (countsAsActivity) record->lastActivity = now;
   return *record;
 }
 

@@ -1,5 +1,6 @@
 #include "sim/SimTavel.h"
 
+#include <cstdint>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -283,14 +284,30 @@ bool SimTavel::countsAsActivity(const ResourceAction& action) {
 }
 
 std::optional<Role> SimTavel::roleOf(const std::string& username) const {
-  // Read on every action, so that a changed role counts at once; only the one text is copied,
-  // and the user's path is written into a buffer of the thread that keeps its memory.
+  // Asked on every action, so that a changed role counts at once. Each thread keeps the last
+  // answer with the tree's generation it was read at: while no write to the tree has come
+  // since, the user's record is what it was, and the answer stands.
+  struct LastRole {
+    std::uint64_t tree = 0;
+    std::uint64_t generation = 0;
+    std::string username;
+    std::optional<Role> role;
+  };
+  thread_local LastRole last;
+  const std::uint64_t generation = tree_.generation();
+  if (last.tree == tree_.identity() && last.generation == generation && last.username == username) {
+    return last.role;
+  }
+  // Only the one text is copied, and the user's path is written into a buffer of the thread.
   static const std::string kRole("role");
   thread_local std::string userPath;
   userPath.assign(kUsersPrefix).append(username);
   std::optional<std::string> role = tree_.findText(userPath, kRole);
-  if (!role) return std::nullopt;
-  return AccessRights::parseRole(*role);
+  last.tree = tree_.identity();
+  last.generation = generation;
+  last.username.assign(username);
+  last.role = role ? AccessRights::parseRole(*role) : std::nullopt;
+  return last.role;
 }
 
 // The session was found under action.sessionId, which is therefore its identifier.

@@ -1,5 +1,6 @@
 #include "sim/UserDirectory.h"
 
+#include <string_view>
 #include <utility>
 
 #include "sim/PasswordHash.h"
@@ -120,9 +121,10 @@ std::optional<Resource> UserDirectory::validation(const std::string& path) {
     return Resource(ResourceValue(
         std::vector<std::string>{"username", "password", "email", "firstName", "lastName"}));
   }
-  const std::string prefix = kValidationsPrefix;
+  // Every read of the host asks here first: no text is made for a path outside the prefix.
+  const std::string_view prefix = kValidationsPrefix;
   if (path.compare(0, prefix.size(), prefix) != 0) return std::nullopt;
-  const std::string type = path.substr(prefix.size());
+  const std::string_view type = std::string_view(path).substr(prefix.size());
   if (type == "username") return limits(3, 32, "^[A-Za-z0-9._-]+$", true);
   if (type == "password") return limits(8, 64, std::nullopt, true);
   if (type == "email") return limits(std::nullopt, 254, "^[^@ ]+@[^@ ]+$", false);

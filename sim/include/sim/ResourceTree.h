@@ -1,10 +1,14 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
 #include <shared_mutex>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "tavelabi/Resource.h"
@@ -48,14 +52,34 @@ class ResourceTree {
 
   static std::string missingText(const std::string& path);
 
+  // A number that grows with every write, and one that no other tree of the process has: a
+  // reader that keeps something it took from the tree knows by them whether it may have changed.
+  // A write that returned before generation() is read has already counted.
+  std::uint64_t generation() const { return generation_.load(std::memory_order_acquire); }
+  std::uint64_t identity() const { return identity_; }
+
  private:
   // Calls visit(path, resource) for every stored path that may match glob, in path order; the
   // caller holds the lock.
+  using Resources = std::map<std::string, tavelabi::Resource>;
+
   template <typename Visit>
   void forEachCandidate(const std::string& glob, const Visit& visit) const;
+  // The stored resource at `path`, or nullptr; the caller holds the lock.
+  const tavelabi::Resource* stored(std::string_view path) const;
+  Resources::iterator storedEntry(std::string_view path);
 
   mutable std::shared_mutex mutex_;
-  std::map<std::string, tavelabi::Resource> resources_;
+  // Ordered, for the globs' runs of paths; the hash index answers a read of one path with one
+  // hash and one compare instead of a dozen compares of long paths that share their start.
+  // Its keys are views of the map's own keys, whose nodes never move.
+  Resources resources_;
+  std::unordered_map<std::string_view, Resources::iterator> index_;
+  // Counted under the write lock, before it is released.
+  std::atomic<std::uint64_t> generation_{0};
+  const std::uint64_t identity_ = nextIdentity();
+
+  static std::uint64_t nextIdentity();
 };
 
 }  // namespace halvor::sim

@@ -65,6 +65,9 @@ class SessionTable {
   bool isExpired(const SessionRecord& record, std::chrono::steady_clock::time_point now) const;
   // Requires mutex_.
   SessionRecord* liveRecord(const std::string& sessionId);
+  // The same, at a time the caller has read already. Requires mutex_.
+  SessionRecord* liveRecord(const std::string& sessionId,
+                            std::chrono::steady_clock::time_point now);
   // The live record, its activity counted when asked to; NonExistentSessionException when there
   // is none. Requires mutex_.
   SessionRecord& checkedRecord(const std::string& sessionId, bool countsAsActivity);

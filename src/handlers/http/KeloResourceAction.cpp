@@ -26,11 +26,13 @@ bool KeloResourceAction::isLocalHost(const web::HttpRequestPtr& req) {
   if (!web::app().isRunning()) {
     return peer.isLoopbackIp();
   }
-  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, HostPaths::kLocalhostIp, pluginInfo,
+  // Made for every host action: the path's text is made once, not twice per action.
+  static const std::string kListPath(HostPaths::kLocalhostIp);
+  tavelabi::ResourceAction read(tavelabi::CCRUD::Read, kListPath, pluginInfo,
                                 pluginInfo->getSessionId());
   const tavelabi::Resource answer = KeloHost::tavel()->processResourceAction(read);
 
-  const std::string peerIp = peer.toIp();
+  const std::string& peerIp = peer.toIp();
   bool listed = false;
   for (const auto& ip : answer.values.at("value").getListValue()) {
     if (ip.getStringValue() == peerIp) {

@@ -4,6 +4,18 @@
 
 namespace halvor::kelo {
 
+namespace {
+
+// Every flagged read copies one of the two into its action; they are made once, each as
+// HostReads::activityFlag makes it.
+const tavelabi::Resource& sharedActivityFlag(bool byPass) {
+  static const tavelabi::Resource kCounted = HostReads::activityFlag(false);
+  static const tavelabi::Resource kBypassed = HostReads::activityFlag(true);
+  return byPass ? kBypassed : kCounted;
+}
+
+}  // namespace
+
 tavelabi::Resource HostReads::read(const web::HttpRequestPtr& req, tavelabi::ITavel* tavel,
                                    tavelabi::IPluginInfo* info, const std::string& sessionId,
                                    const std::string& path) {
@@ -14,8 +26,8 @@ tavelabi::Resource HostReads::read(const web::HttpRequestPtr& req, tavelabi::ITa
 tavelabi::Resource HostReads::readFlagged(const web::HttpRequestPtr& req, tavelabi::ITavel* tavel,
                                           tavelabi::IPluginInfo* info, const std::string& sessionId,
                                           const std::string& path, bool byPass) {
-  KeloResourceAction action(tavelabi::CCRUD::Read, path, activityFlag(byPass), info, sessionId,
-                            req);
+  KeloResourceAction action(tavelabi::CCRUD::Read, path, sharedActivityFlag(byPass), info,
+                            sessionId, req);
   return tavel->processResourceAction(action);
 }
 

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <map>
 #include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -144,6 +147,92 @@ TEST(ResourceTreeTest, ListAndReadGlobAgreeWithTheMatcherOnEveryPath) {
     EXPECT_EQ(expected, tree.list(glob)) << glob;
     EXPECT_EQ(expected.size(), tree.readGlob(glob).values.size()) << glob;
   }
+}
+
+TEST(ResourceTreeTest, ReadsOfOnePathFollowEveryCreateAndDeleteInAnyOrder) {
+  ResourceTree tree;
+  std::map<std::string, int> expected;  // the path's last stored "n", or absent
+  std::mt19937 random(20261123);
+  for (int step = 0; step < 4000; ++step) {
+    const std::string path = "/m/" + std::to_string(random() % 40) + "/meter";
+    const int n = step;
+    switch (random() % 4) {
+      case 0:
+        tree.create(path, Resource("n", ResourceValue(n)));
+        expected[path] = n;
+        break;
+      case 1:
+        if (tree.createIfAbsent(path, Resource("n", ResourceValue(n)))) {
+          EXPECT_EQ(0U, expected.count(path)) << path;
+          expected[path] = n;
+        } else {
+          EXPECT_EQ(1U, expected.count(path)) << path;
+        }
+        break;
+      case 2:
+        if (expected.count(path) != 0) {
+          EXPECT_EQ(expected[path], tree.remove(path).values.at("n").getIntValue()) << path;
+          expected.erase(path);
+        } else {
+          EXPECT_THROW(tree.remove(path), tavelabi::NonExistentResourcePathException) << path;
+        }
+        break;
+      default:
+        if (expected.count(path) != 0) {
+          tree.update(path, Resource("n", ResourceValue(n)));
+          expected[path] = n;
+        } else {
+          EXPECT_THROW(tree.update(path, Resource("n", ResourceValue(n))),
+                       tavelabi::NonExistentResourcePathException)
+              << path;
+        }
+        break;
+    }
+    for (int i = 0; i < 40; ++i) {
+      const std::string probe = "/m/" + std::to_string(i) + "/meter";
+      auto found = expected.find(probe);
+      if (found == expected.end()) {
+        ASSERT_EQ(std::nullopt, tree.find(probe)) << probe;
+        ASSERT_THROW(tree.read(probe), tavelabi::NonExistentResourcePathException) << probe;
+      } else {
+        ASSERT_EQ(found->second, tree.read(probe).values.at("n").getIntValue()) << probe;
+        ASSERT_EQ(ResourceValue(found->second), tree.findValue(probe, "n")) << probe;
+      }
+    }
+    ASSERT_EQ(expected.size(), tree.size());
+  }
+  std::vector<std::string> paths;
+  for (const auto& [path, n] : expected) paths.push_back(path);
+  EXPECT_EQ(paths, tree.list("**"));
+}
+
+TEST(ResourceTreeTest, TheGenerationGrowsWithEveryWriteAndOnlyWithWrites) {
+  ResourceTree tree;
+  std::uint64_t last = tree.generation();
+  const auto grew = [&] {
+    const std::uint64_t now = tree.generation();
+    const bool grown = now > last;
+    last = now;
+    return grown;
+  };
+  tree.create("/a", Resource("n", ResourceValue(1)));
+  EXPECT_TRUE(grew());
+  tree.read("/a");
+  tree.find("/b");
+  tree.list("**");
+  EXPECT_FALSE(tree.createIfAbsent("/a", Resource()));
+  EXPECT_FALSE(grew());
+  EXPECT_TRUE(tree.createIfAbsent("/b", Resource()));
+  EXPECT_TRUE(grew());
+  tree.update("/a", Resource("n", ResourceValue(2)));
+  EXPECT_TRUE(grew());
+  EXPECT_THROW(tree.update("/c", Resource()), tavelabi::NonExistentResourcePathException);
+  EXPECT_FALSE(grew());
+  tree.remove("/b");
+  EXPECT_TRUE(grew());
+  EXPECT_THROW(tree.remove("/b"), tavelabi::NonExistentResourcePathException);
+  EXPECT_FALSE(grew());
+  EXPECT_NE(tree.identity(), ResourceTree().identity());
 }
 
 }  // namespace

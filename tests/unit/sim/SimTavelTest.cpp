@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "SimTestSupport.h"
 #include "sim/SimTavel.h"
 #include "tavelabi/Exceptions.h"
@@ -192,6 +194,19 @@ TEST(SimTavelTest, AChangedRoleCountsAtTheNextAction) {
   EXPECT_THROW(h.run(CCRUD::Read, "/presets/active", h.operatorSession), AuthorizationFailure);
   h.run(CCRUD::Update, "/user/users/oper", h.adminSession, text("role", "guest"));
   EXPECT_THROW(h.run(CCRUD::Read, "/presets/active", h.operatorSession), AuthorizationFailure);
+}
+
+TEST(SimTavelTest, ARoleChangedOnAnotherThreadOrInAnotherHostCountsAtTheNextAction) {
+  HostWithUsers h;
+  EXPECT_NO_THROW(h.run(CCRUD::Create, "/presets/active", h.operatorSession));
+  std::thread([&] {
+    h.run(CCRUD::Update, "/user/users/oper", h.adminSession, text("role", "read-only"));
+  }).join();
+  EXPECT_THROW(h.run(CCRUD::Update, "/presets/active", h.operatorSession), AuthorizationFailure);
+  // A second host whose operator is still an operator: its tree is not the first one's.
+  HostWithUsers other;
+  EXPECT_NO_THROW(other.run(CCRUD::Create, "/presets/active", other.operatorSession));
+  EXPECT_THROW(h.run(CCRUD::Update, "/presets/active", h.operatorSession), AuthorizationFailure);
 }
 
 TEST(SimTavelTest, UnknownCommandIsANonExistentPath) {

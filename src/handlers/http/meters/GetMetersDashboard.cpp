@@ -1,8 +1,11 @@
 #include "kelo/handlers/http/meters/GetMetersDashboard.h"
 
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "halvor/factories/MonitoringFactories.h"
+#include "kelo/common/MeterResourceJsonWriter.h"
 #include "kelo/handlers/http/meters/MeterEndpointHelperClass.h"
 #include "kelo/handlers/toolkit/HandlerToolkit.h"
 
@@ -18,13 +21,24 @@ void GetMetersDashboard::processHttpRequest(const web::HttpRequestPtr& req,
                           info, info->getSessionId(), req);
   const tavelabi::Resource paths = tavel->processResourceAction(list);
 
-  protobuf::HalvorPbFactory2MeterCollectionList collections;
+  std::vector<MeterCollectionReading> collections;
   for (const tavelabi::ResourceValue& path : paths.values.at("value").getListValue()) {
-    *collections.overrides().add_collections() =
-        std::move(*MeterEndpointHelperClass::getCurrentMeterCollectionInfo(
-            req, tavel, info, path.getStringValue(), sessionId, false));
+    collections.push_back(MeterEndpointHelperClass::readMeterCollection(
+        req, tavel, info, path.getStringValue(), sessionId, false));
   }
-  JsonReplies::reply(resp, *collections.release(nullptr));
+  // The tree is printed straight from the host's resources; what that cannot print as the
+  // messages would print goes through the messages.
+  std::string json;
+  if (MeterResourceJsonWriter::tryPrint(collections, json)) {
+    JsonReplies::replyJson(resp, std::move(json));
+    return;
+  }
+  protobuf::HalvorPbFactory2MeterCollectionList messages;
+  for (MeterCollectionReading& collection : collections) {
+    *messages.overrides().add_collections() =
+        std::move(*MeterEndpointHelperClass::toMessage(std::move(collection)));
+  }
+  JsonReplies::reply(resp, *messages.release(nullptr));
 }
 
 }  // namespace halvor::kelo

@@ -5,6 +5,7 @@
 
 #include "halvor/factories/MonitoringFactories.h"
 #include "kelo/KeloLog.h"
+#include "kelo/common/MeterResourceJsonWriter.h"
 #include "kelo/common/ResourceConverter.h"
 #include "kelo/handlers/toolkit/HostReads.h"
 
@@ -40,13 +41,20 @@ bool MeterEndpointHelperClass::collectionHasMeters(const web::HttpRequestPtr& re
 std::shared_ptr<protobuf::Meter> MeterEndpointHelperClass::getCurrentMeterInfo(
     const web::HttpRequestPtr& req, tavelabi::ITavel* host, tavelabi::IPluginInfo* info,
     std::string path, std::string sessionId, bool byPass) {
-  tavelabi::Resource meter;
+  return convertMeterToHalvorPbMeter(readMeter(req, host, info, path, sessionId, byPass));
+}
+
+tavelabi::Resource MeterEndpointHelperClass::readMeter(const web::HttpRequestPtr& req,
+                                                       tavelabi::ITavel* host,
+                                                       tavelabi::IPluginInfo* info,
+                                                       const std::string& path,
+                                                       const std::string& sessionId, bool byPass) {
   try {
-    meter = HostReads::readFlagged(req, host, info, sessionId, path, byPass);
+    return HostReads::readFlagged(req, host, info, sessionId, path, byPass);
   } catch (...) {
     KELO_LOG(ERROR, info->getLoggerId()) << boost::current_exception_diagnostic_information();
   }
-  return convertMeterToHalvorPbMeter(std::move(meter));
+  return tavelabi::Resource();
 }
 
 std::shared_ptr<protobuf::MeterCollection> MeterEndpointHelperClass::getCollectionMetaData(
@@ -70,25 +78,70 @@ std::shared_ptr<protobuf::MeterGroup> MeterEndpointHelperClass::getMeterGroupMet
 std::shared_ptr<protobuf::MeterGroup> MeterEndpointHelperClass::getCurrentMeterGroupInfo(
     const web::HttpRequestPtr& req, tavelabi::ITavel* host, tavelabi::IPluginInfo* info,
     std::string path, std::string sessionId, bool byPass) {
-  tavelabi::Resource group = HostReads::readFlagged(req, host, info, sessionId, path, byPass);
-  protobuf::HalvorPbFactory2MeterGroup factory;
-  for (const tavelabi::ResourceValue& meterPath : group.values.at("value").getListValue()) {
-    *factory.overrides().add_meters() = std::move(
-        *getCurrentMeterInfo(req, host, info, meterPath.getStringValue(), sessionId, byPass));
-  }
-  return factory.release(&group);
+  return toMessage(readMeterGroup(req, host, info, path, sessionId, byPass));
 }
 
 std::shared_ptr<protobuf::MeterCollection> MeterEndpointHelperClass::getCurrentMeterCollectionInfo(
     const web::HttpRequestPtr& req, tavelabi::ITavel* host, tavelabi::IPluginInfo* info,
     std::string path, std::string sessionId, bool byPass) {
-  tavelabi::Resource collection = HostReads::readFlagged(req, host, info, sessionId, path, byPass);
-  protobuf::HalvorPbFactory2MeterCollection factory;
-  for (const tavelabi::ResourceValue& groupPath : collection.values.at("value").getListValue()) {
-    *factory.overrides().add_groups() = std::move(
-        *getCurrentMeterGroupInfo(req, host, info, groupPath.getStringValue(), sessionId, byPass));
+  return toMessage(readMeterCollection(req, host, info, path, sessionId, byPass));
+}
+
+// A plain meter or group converts without an error (MeterResourceJsonWriter); any other is
+// converted here, at once, and the message dropped: what matters is whether it throws.
+MeterGroupReading MeterEndpointHelperClass::readMeterGroup(
+    const web::HttpRequestPtr& req, tavelabi::ITavel* host, tavelabi::IPluginInfo* info,
+    const std::string& path, const std::string& sessionId, bool byPass) {
+  MeterGroupReading reading{HostReads::readFlagged(req, host, info, sessionId, path, byPass), {}};
+  const tavelabi::ResourceValue::List& meterPaths = reading.group.values.at("value").getListValue();
+  reading.meters.reserve(meterPaths.size());
+  for (const tavelabi::ResourceValue& meterPath : meterPaths) {
+    reading.meters.push_back(
+        readMeter(req, host, info, meterPath.getStringValue(), sessionId, byPass));
+    if (!MeterResourceJsonWriter::isPlainMeter(reading.meters.back())) {
+      convertMeterToHalvorPbMeter(reading.meters.back());
+    }
   }
-  return factory.release(&collection);
+  if (!MeterResourceJsonWriter::isPlainGroup(reading.group)) {
+    protobuf::HalvorPbFactory2MeterGroup().build(&reading.group);
+  }
+  return reading;
+}
+
+MeterCollectionReading MeterEndpointHelperClass::readMeterCollection(
+    const web::HttpRequestPtr& req, tavelabi::ITavel* host, tavelabi::IPluginInfo* info,
+    const std::string& path, const std::string& sessionId, bool byPass) {
+  MeterCollectionReading reading{HostReads::readFlagged(req, host, info, sessionId, path, byPass),
+                                 {}};
+  const tavelabi::ResourceValue::List& groupPaths =
+      reading.collection.values.at("value").getListValue();
+  reading.groups.reserve(groupPaths.size());
+  for (const tavelabi::ResourceValue& groupPath : groupPaths) {
+    reading.groups.push_back(
+        readMeterGroup(req, host, info, groupPath.getStringValue(), sessionId, byPass));
+  }
+  if (!MeterResourceJsonWriter::isPlainCollection(reading.collection)) {
+    protobuf::HalvorPbFactory2MeterCollection().build(&reading.collection);
+  }
+  return reading;
+}
+
+std::shared_ptr<protobuf::MeterGroup> MeterEndpointHelperClass::toMessage(
+    MeterGroupReading reading) {
+  protobuf::HalvorPbFactory2MeterGroup factory;
+  for (tavelabi::Resource& meter : reading.meters) {
+    *factory.overrides().add_meters() = std::move(*convertMeterToHalvorPbMeter(std::move(meter)));
+  }
+  return factory.release(&reading.group);
+}
+
+std::shared_ptr<protobuf::MeterCollection> MeterEndpointHelperClass::toMessage(
+    MeterCollectionReading reading) {
+  protobuf::HalvorPbFactory2MeterCollection factory;
+  for (MeterGroupReading& group : reading.groups) {
+    *factory.overrides().add_groups() = std::move(*toMessage(std::move(group)));
+  }
+  return factory.release(&reading.collection);
 }
 
 std::shared_ptr<protobuf::Meter> MeterEndpointHelperClass::convertMeterToHalvorPbMeter(

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "halvor/protobuf/Monitoring.pb.h"
+#include "kelo/common/MeterReadings.h"
 #include "kelo/web/HttpRequest.h"
 #include "tavelabi/IPluginInfo.h"
 #include "tavelabi/ITavel.h"
@@ -47,12 +48,33 @@ class MeterEndpointHelperClass {
       const web::HttpRequestPtr& req, tavelabi::ITavel* host, tavelabi::IPluginInfo* info,
       std::string path, std::string sessionId, bool byPass);
 
+  // The group's and its meters' resources, read as getCurrentMeterGroupInfo reads them: the same
+  // host calls in the same order, and the same failures at the same points (a meter or group
+  // that its factory refuses is converted right after its reads, so that the factory's error
+  // comes where it came when each was converted as it was read).
+  static MeterGroupReading readMeterGroup(const web::HttpRequestPtr& req, tavelabi::ITavel* host,
+                                          tavelabi::IPluginInfo* info, const std::string& path,
+                                          const std::string& sessionId, bool byPass);
+  // The same for a collection and its groups.
+  static MeterCollectionReading readMeterCollection(const web::HttpRequestPtr& req,
+                                                    tavelabi::ITavel* host,
+                                                    tavelabi::IPluginInfo* info,
+                                                    const std::string& path,
+                                                    const std::string& sessionId, bool byPass);
+  // The messages of what was read; no host call.
+  static std::shared_ptr<protobuf::MeterGroup> toMessage(MeterGroupReading reading);
+  static std::shared_ptr<protobuf::MeterCollection> toMessage(MeterCollectionReading reading);
+
   // A meter from a resource that is already at hand (a pushed change): no host call. The
   // reading keeps the host's type under the key "value" of the message's value.
   static std::shared_ptr<protobuf::Meter> convertMeterToHalvorPbMeter(tavelabi::Resource resource);
 
  private:
   static protobuf::Device deviceOf(const tavelabi::Resource& resource);
+  // The meter at `path`, or an empty resource after an Error line when it cannot be read.
+  static tavelabi::Resource readMeter(const web::HttpRequestPtr& req, tavelabi::ITavel* host,
+                                      tavelabi::IPluginInfo* info, const std::string& path,
+                                      const std::string& sessionId, bool byPass);
   // The resource at `path`, or an empty one after a Warning line "<warning><path>".
   static tavelabi::Resource readOrWarn(const web::HttpRequestPtr& req, tavelabi::ITavel* host,
                                        tavelabi::IPluginInfo* info, const std::string& path,
