@@ -27,7 +27,8 @@ struct Rule {
 
 // The rights table. The first rule whose verbs and glob fit the action decides; an action that
 // no rule fits is refused. Commands count as writes unless a rule above says otherwise.
-constexpr std::array<Rule, 18> kRules{{
+// Sized by its rules, so that a new rule is one line.
+constexpr auto kRules = std::to_array<Rule>({
     // Another user's record, or another session, is the administrator's business alone.
     {Verbs::Read, "/user/users/*", Grant::Yes, Grant::OwnRecordOnly, Grant::OwnRecordOnly},
     {Verbs::Read, "/session/sessions/*", Grant::Yes, Grant::OwnRecordOnly, Grant::OwnRecordOnly},
@@ -54,7 +55,7 @@ constexpr std::array<Rule, 18> kRules{{
     {Verbs::Write, "/user/**", Grant::Yes, Grant::No, Grant::No},
     {Verbs::Command, "**", Grant::Yes, Grant::Yes, Grant::No},
     {Verbs::Write, "**", Grant::Yes, Grant::Yes, Grant::No},
-}};
+});
 
 bool verbsFit(Verbs verbs, CCRUD verb) {
   switch (verbs) {
