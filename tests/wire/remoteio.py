@@ -29,8 +29,20 @@ VIEWER = "wire-remoteio-viewer"
 SETTLE_MS = 600
 
 
-def fixture(settle_ms):
-    return {"models": ["remoteio"], "remoteio": {"settleDelayMs": settle_ms}}
+def fixture(settle_ms, resources=None):
+    return {"models": ["remoteio"], "remoteio": {"settleDelayMs": settle_ms},
+            "resources": resources or {}}
+
+
+# A rule with a name and a severity but no "log": it has no user-defined part.
+NAMED_RULE = {"guid": {"string": "input3"}, "value": {"string": "RF off"},
+              "set_value": {"int": 3}, "label": {"string": "Active low"},
+              "polarityMask": {"int": 2}, "level": {"bool": False},
+              "transitioning": {"bool": False}, "name": {"string": "Half named"},
+              "severity": {"int": 1}}
+# Input actions without labels, their level names all there.
+NO_LABELS = {"channelId": {"list": []}, "label": {"list": []}, "polarityMask": {"list": []},
+             "value": {"list": [{"string": "level %d" % i} for i in range(8)]}}
 
 
 def call(sim, method, target, body=None, session=ADMIN):
@@ -63,6 +75,9 @@ def check_reads(sim, checks):
     checks.check("input rules: only the one with name, severity and log has custom",
                  len(custom) == 1 and custom[0]["custom"] ==
                  {"name": "Door open", "severity": 2, "log": True, "canBeDeleted": True}, rules)
+    named = [r for r in rules if r["guid"] == "input3"]
+    checks.check("input rules: a rule with name and severity but no log has no custom",
+                 len(named) == 1 and "custom" not in named[0], named)
     status, _, outputs, _ = call(sim, "GET", "/1/api/remote-io/rules/outputs")
     checks.check("output rules: two OUTPUTs", status == 200 and
                  [r["type"] for r in outputs["rules"]] == ["OUTPUT", "OUTPUT"], outputs)
@@ -103,6 +118,13 @@ def check_saves(sim, checks):
                  took >= SETTLE_MS / 1000.0 * 0.9, took)
     status, _, again, _ = call(sim, "GET", "/1/api/remote-io/rules/input2")
     checks.check("rule save: read back", again.get("action", {}).get("value") == "RF off", again)
+    output = {"guid": "output1", "level": False, "action": {"value": "Summary alarm",
+                                                           "setValue": "1"},
+              "trigger": {"label": "Open", "polarityMask": "0"}}
+    status, saved, raw, _ = timed(sim, "PUT", "/1/api/remote-io/rules/input1", output)
+    checks.check("rule save: an answer guid without the word input is converted as an OUTPUT",
+                 status == 200 and saved.get("type") == "OUTPUT" and
+                 saved.get("guid") == "output1" and saved.get("level") is False, (status, raw))
 
     output = {"guid": "ao2", "label": "Reflected", "maxValue": 1000, "setValue": 40}
     status, saved, raw, took = timed(sim, "PUT", "/1/api/remote-io/analogOutputs", output)
@@ -224,6 +246,9 @@ def wait_round(sim, value, shift):
 
 def check_wait_on_io_thread(sim, checks):
     """Two 5 s saves, one on each of the demo's two I/O threads, and clients meanwhile."""
+    status, _, actions, raw = call(sim, "GET", "/1/api/remote-io/actions/inputs")
+    checks.check("input actions without labels: none, although the names are there",
+                 status == 200 and raw == b"{}", (status, raw))
     rounds = [wait_round(sim, 800, 0), wait_round(sim, 810, 1)]
     stalled_rounds = 0
     for number, (kept, fresh, (status, saved, _, took)) in enumerate(rounds, 1):
@@ -249,14 +274,16 @@ def check_wait_on_io_thread(sim, checks):
 
 def run(sim, checks):
     sim.start(fixtures=[sim.repo_file("config/fixtures/demo.json"),
-                        sim.fixture("remoteio", fixture(SETTLE_MS))],
+                        sim.fixture("remoteio", fixture(SETTLE_MS,
+                                                        {"/remoteio/input/3": NAMED_RULE}))],
               sessions={ADMIN: "admin", VIEWER: "viewer"}, demo_models=False)
     check_reads(sim, checks)
     check_saves(sim, checks)
     check_bad_input(sim, checks)
     sim.stop()
     sim.start(fixtures=[sim.repo_file("config/fixtures/demo.json"),
-                        sim.fixture("remoteio-slow", fixture(5000))],
+                        sim.fixture("remoteio-slow", fixture(
+                            5000, {"/remoteio/inputs/actions": NO_LABELS}))],
               sessions={ADMIN: "admin", VIEWER: "viewer"}, demo_models=False)
     check_wait_on_io_thread(sim, checks)
 

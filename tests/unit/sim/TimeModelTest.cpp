@@ -73,7 +73,8 @@ TEST_F(TimeModelTest, NtpIsSynchronisedTwoSecondsAfterItWasSwitchedOn) {
 }
 
 TEST_F(TimeModelTest, TheMapHoldsEveryRegionWithItsZones) {
-  const auto& map = host.peek("/time/tzmap")->values.at("value").getMapValue();
+  const Resource stored = *host.peek("/time/tzmap");
+  const auto& map = stored.values.at("value").getMapValue();
   EXPECT_EQ(map.size(), TimeModel::regions().size());
   const auto& berlin = map.at("Europe").getMapValue().at("Europe/Berlin").getMapValue();
   EXPECT_EQ(berlin.at("timezone").getStringValue(), "Europe/Berlin");

@@ -23,7 +23,7 @@ TEST_F(PutLodestarHandlerTest, SendsOnlyTheSetKeysAndAnswersTheRegistrationReadA
   host.answer(CCRUD::Read, "/lodestar/service/query", registration);
   const web::HttpResponsePtr resp = call(host, web::Put, "/1/api/lodestar", "",
                                          R"({"lodestarEnabled":true,"callSign":"KXYZ"})", "s1");
-  const Resource& sent = host.actions()[0].resource;
+  const Resource sent = host.actions()[0].resource;
   EXPECT_EQ(sent.values.size(), 2u);
   EXPECT_TRUE(sent.values.at("lodestarEnabled").getBoolValue());
   EXPECT_EQ(sent.values.at("callSign").getStringValue(), "KXYZ");
