@@ -7,7 +7,8 @@ from the fixture) and three background threads, so that the long waits overlap:
 - run A: the list and the active preset, the active preset's WebSocket, a preset saved (POST,
   answered once listed), changed (PUT, at once) and deleted (answered once the list shrank), a
   control set; bad input (empty and broken bodies, unknown names and labels, a viewer, no
-  session); a factory preset that the processor keeps after a delete (500 after 21 waits of 1 s);
+  session, an unknown preset asked for, a session that ends while its delete waits); a factory
+  preset that the processor keeps after a delete (500 after 21 waits of 1 s);
   two activations at once, each answered with its own body after the 10 s of settling, the last
   asked-for preset active, while the only I/O thread keeps serving; a preset without "isUser"
   that breaks the list with "map::at".
@@ -28,6 +29,8 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "lib
 import wire  # noqa: E402 - found through the path set above
 
 ADMIN = "wire-processor-admin"
+# An administrator's session that logs out while its delete waits.
+LEAVING = "wire-processor-leaving"
 VIEWER = "wire-processor-viewer"
 FAILURE = "Communication failure, please try again."
 DEMO = ["Factory Balanced", "Factory Speech", "Factory Dense", "Factory Gentle",
@@ -78,7 +81,7 @@ def fixture(sim, name, section):
 
 def start(sim, section):
     sim.start(fixtures=[sim.repo_file("config/fixtures/demo.json"), fixture(sim, "proc", section)],
-              sessions={ADMIN: "admin", VIEWER: "viewer"}, demo_models=False)
+              sessions={ADMIN: "admin", VIEWER: "viewer", LEAVING: "admin"}, demo_models=False)
 
 
 def presets(sim):
@@ -167,6 +170,27 @@ def check_bad_input(sim, checks):
     checks.check("no session: 440", status == 440, status)
 
 
+def check_unknown_activation(sim, checks, asked):
+    status, kind, body, took = asked.result
+    checks.check("an unknown preset asked for: 200 with the body once the processor refused it",
+                 (status, body) == (200, '{"name":"Nowhere"}') and took >= 10, asked.result)
+    _, _, body, _ = call(sim, "GET", "/1/api/orban/active")
+    checks.check("an unknown preset asked for: the active preset stays",
+                 json.loads(body).get("name") == "Factory Balanced", body)
+
+
+def check_session_ending_in_wait(sim, checks):
+    """A host failure in the middle of a wait: the session ends while the delete waits."""
+    leaving = in_background(call, sim, "DELETE", "/1/api/orban/preset/Factory%20Gentle", LEAVING)
+    time.sleep(1.5)
+    status, _, _, _ = call(sim, "POST", "/1/api/logout", LEAVING)
+    checks.check("logout during the wait", status == 200, status)
+    leaving.join(30)
+    status, _, body, took = leaving.result
+    checks.check("a session that ends in the middle of a wait: 440 at the next read",
+                 status == 440 and took < 5, leaving.result)
+
+
 def check_long_waits(sim, checks, m, ws, heartbeat):
     # Pushes reach this address only while its heartbeat is fresh.
     heartbeat.beat()
@@ -236,8 +260,14 @@ def run(sim, checks):
         heartbeat = wire.Heartbeat(sim, ADMIN)
         ws = wire.connect(sim, "/1/ws/orban/active", ADMIN)
         check_reads(sim, checks, m, ws)
+        # The processor refuses an unknown preset; the wait goes on beside the next checks.
+        asked = in_background(call, sim, "PUT", "/1/api/orban/active", ADMIN,
+                              b'{"name":"Nowhere"}')
         check_changes(sim, checks)
         check_bad_input(sim, checks)
+        check_session_ending_in_wait(sim, checks)
+        asked.join(60)
+        check_unknown_activation(sim, checks, asked)
         check_long_waits(sim, checks, m, ws, heartbeat)
         check_broken_preset(sim, checks)
         ws.close()
