@@ -117,7 +117,8 @@ JSON
 * DEBUG:
     ENABLED              =  false
 CONF
-  taskset -c 0 "$build/sim/tavel-sim" --plugin "$build/src/libkelo.so" \
+  # sim_wrapper: a program that runs tavel-sim, e.g. valgrind (bench/monitoring/instructions.sh).
+  taskset -c 0 ${sim_wrapper[@]+"${sim_wrapper[@]}"} "$build/sim/tavel-sim" --plugin "$build/src/libkelo.so" \
     --log-config "$work/log.conf" --config "$work/config.json" --fixture "$fixture" "$@" \
     > "$work/sim.out" 2>&1 &
   sim_pid=$!

@@ -22,16 +22,7 @@ source bench/common.sh
 # --- the plug-in in tavel-sim with the monitoring family's models, and a pre-made session ---
 # Only these run: the other families' models (the graphics signals, ten Updates a tenth of a
 # second; the file catalogue's scans) would share the server's CPU and count in its CPU time.
-cat > "$work/fixture.json" <<'JSON'
-{
-  "users": [
-    {"name": "kelo", "password": "kelo-bench", "role": "administrator"},
-    {"name": "bench", "password": "bench", "role": "administrator"}
-  ],
-  "models": ["demo", "devices", "alarms", "meters", "audioInputs", "eventlog"],
-  "sessionTimeoutSeconds": 86400
-}
-JSON
+cp bench/monitoring/dashboard-fixture.json "$work/fixture.json"
 start_sim_with_plugin "$work/fixture.json" --no-demo-models --session bench-session=bench
 dashboard_url="http://127.0.0.1:$http_port/1/api/meters/dashboard/available"
 cookie=(-H "Cookie: SessionID=bench-session")

@@ -1,5 +1,6 @@
 #include "sim/SimTavel.h"
 
+#include <array>
 #include <cstdint>
 #include <stdexcept>
 #include <string_view>
@@ -284,30 +285,37 @@ bool SimTavel::countsAsActivity(const ResourceAction& action) {
 }
 
 std::optional<Role> SimTavel::roleOf(const std::string& username) const {
-  // Asked on every action, so that a changed role counts at once. Each thread keeps the last
-  // answer with the tree's generation it was read at: while no write to the tree has come
-  // since, the user's record is what it was, and the answer stands.
+  // Asked on every action, so that a changed role counts at once. Each thread keeps its last
+  // few answers (a plug-in's request alternates between its own session and its client's) with
+  // the tree's generation they were read at: while no write to the tree has come since, the
+  // user's record is what it was, and the answer stands.
   struct LastRole {
     std::uint64_t tree = 0;
     std::uint64_t generation = 0;
     std::string username;
     std::optional<Role> role;
   };
-  thread_local LastRole last;
+  thread_local std::array<LastRole, 4> last;
+  thread_local std::size_t oldest = 0;
   const std::uint64_t generation = tree_.generation();
-  if (last.tree == tree_.identity() && last.generation == generation && last.username == username) {
-    return last.role;
+  for (const LastRole& known : last) {
+    if (known.tree == tree_.identity() && known.generation == generation &&
+        known.username == username) {
+      return known.role;
+    }
   }
   // Only the one text is copied, and the user's path is written into a buffer of the thread.
   static const std::string kRole("role");
   thread_local std::string userPath;
   userPath.assign(kUsersPrefix).append(username);
   std::optional<std::string> role = tree_.findText(userPath, kRole);
-  last.tree = tree_.identity();
-  last.generation = generation;
-  last.username.assign(username);
-  last.role = role ? AccessRights::parseRole(*role) : std::nullopt;
-  return last.role;
+  LastRole& slot = last[oldest];
+  oldest = (oldest + 1) % last.size();
+  slot.tree = tree_.identity();
+  slot.generation = generation;
+  slot.username.assign(username);
+  slot.role = role ? AccessRights::parseRole(*role) : std::nullopt;
+  return slot.role;
 }
 
 // The session was found under action.sessionId, which is therefore its identifier.

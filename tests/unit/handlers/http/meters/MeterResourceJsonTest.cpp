@@ -95,7 +95,8 @@ class RandomMeterTree {
                                                     "W",
                                                     "dBm",
                                                     "Forward power",
-                                                    "\xc2\xb0" "C",
+                                                    "\xc2\xb0"  // with the next line: "°C" in UTF-8
+                                                    "C",
                                                     "a\"b\\c",
                                                     "<&>'",
                                                     "/meters/transmitter/amplifier/1/forward",
