@@ -247,6 +247,9 @@ std::size_t MultiPartParser::readHeaders(std::string_view in) {
     if (in.size() > kMaxHeaderBlock) fail();
     return 0;
   }
+  // A delimiter may still begin inside the empty line (its line break being the empty line's
+  // second one): that is only known once the bytes it would take are there.
+  if (next == std::string_view::npos && in.size() < end + 3 + separator_.size()) return 0;
   if (!startPart(in.substr(0, end))) return 0;
   state_ = State::Content;
   return end + 4;
