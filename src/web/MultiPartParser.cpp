@@ -80,7 +80,7 @@ constexpr std::size_t kMaxHeaderBlock = 64 * 1024;
 // Transport padding after a delimiter, before its line break.
 constexpr std::size_t kMaxPadding = 1024;
 // Memory a part takes beside its names and content.
-constexpr std::size_t kPartOverhead = 256;
+constexpr std::size_t kPartOverhead = 64;
 
 bool isBlank(std::string_view text) { return trim(text).empty(); }
 
