@@ -80,7 +80,7 @@ constexpr std::size_t kMaxHeaderBlock = 64 * 1024;
 // Transport padding after a delimiter, before its line break.
 constexpr std::size_t kMaxPadding = 1024;
 // Memory a part takes beside its names and content.
-constexpr std::size_t kPartOverhead = 256;
+constexpr std::size_t kPartOverhead = 64;
 
 bool isBlank(std::string_view text) { return trim(text).empty(); }
 
@@ -247,6 +247,9 @@ std::size_t MultiPartParser::readHeaders(std::string_view in) {
     if (in.size() > kMaxHeaderBlock) fail();
     return 0;
   }
+  // A delimiter may still begin inside the empty line (its line break being the empty line's
+  // second one): that is only known once the bytes it would take are there.
+  if (next == std::string_view::npos && in.size() < end + 3 + separator_.size()) return 0;
   if (!startPart(in.substr(0, end))) return 0;
   state_ = State::Content;
   return end + 4;

@@ -249,7 +249,12 @@ TEST_F(MultiPartParserTest, ABodyFedInRandomSizedPiecesGivesTheSamePartsAsTheWho
   std::string broken = complete;
   broken.replace(broken.find("Content-Disposition: form-data; name=\"note\""), 19,
                  "X-Nothing: here");
-  for (const std::string& body : {complete, cut, broken}) {
+  // A content that begins with the delimiter itself: the empty line's break is then the
+  // delimiter's, and the header block has no end before it.
+  const std::string delimiterFirst = "--" + kBoundary +
+                                     "\r\nContent-Disposition: form-data; name=\"a\"\r\n\r\n--" +
+                                     kBoundary + " in the middle\r\n--" + kBoundary + "--";
+  for (const std::string& body : {complete, cut, broken, delimiterFirst}) {
     MultiPartParser whole;
     const Parts expected = partsOf(whole, whole.parse(formRequest(body)));
     for (std::size_t largest : {1u, 2u, 3u, 7u, 64u, 1000u, 70000u}) {
