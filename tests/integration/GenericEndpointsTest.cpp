@@ -220,8 +220,8 @@ TEST_P(GenericEndpointsTest, SessionCookieIsEchoedWithItsPath) {
 }
 
 INSTANTIATE_TEST_SUITE_P(PlainAndTls, GenericEndpointsTest, ::testing::Values(false, true),
-                         [](const ::testing::TestParamInfo<bool>& info) {
-                           return info.param ? "Https" : "Http";
+                         [](const ::testing::TestParamInfo<bool>& instance) {
+                           return instance.param ? "Https" : "Http";
                          });
 
 }  // namespace

@@ -127,7 +127,7 @@ TEST_P(KeloFrameOverTheWire, ALocalhostListWithoutValueFailsEveryAction) {
 }
 
 INSTANTIATE_TEST_SUITE_P(HttpAndHttps, KeloFrameOverTheWire, ::testing::Values(false, true),
-                         [](const auto& info) { return info.param ? "Https" : "Http"; });
+                         [](const auto& instance) { return instance.param ? "Https" : "Http"; });
 
 class EmptyLocalhostList : public KeloFrameOverTheWire {
  protected:
@@ -141,7 +141,7 @@ TEST_P(EmptyLocalhostList, LoopbackIsLocalEvenWithAnEmptyList) {
 }
 
 INSTANTIATE_TEST_SUITE_P(HttpAndHttps, EmptyLocalhostList, ::testing::Values(false, true),
-                         [](const auto& info) { return info.param ? "Https" : "Http"; });
+                         [](const auto& instance) { return instance.param ? "Https" : "Http"; });
 
 class ListedRemoteAddress : public KeloFrameOverTheWire {
  protected:
@@ -166,7 +166,7 @@ TEST_P(ListedRemoteAddress, AListedRemotePeerIsLocalAndAnotherIsNot) {
 }
 
 INSTANTIATE_TEST_SUITE_P(HttpAndHttps, ListedRemoteAddress, ::testing::Values(false, true),
-                         [](const auto& info) { return info.param ? "Https" : "Http"; });
+                         [](const auto& instance) { return instance.param ? "Https" : "Http"; });
 
 }  // namespace
 }  // namespace halvor::kelo
