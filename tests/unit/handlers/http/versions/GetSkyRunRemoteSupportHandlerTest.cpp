@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "DeferredCall.h"
 #include "kelo/handlers/http/versions/GetSkyRunRemoteSupportHandler.h"
+#include "support/DeferredHandlerTest.h"
 #include "support/HandlerTest.h"
 
 namespace halvor::kelo {
@@ -15,17 +15,17 @@ using tavelabi::ResourceValue;
 
 class GetSkyRunRemoteSupportHandlerTest : public test::HandlerTest<GetSkyRunRemoteSupportHandler> {
  protected:
-  GetSkyRunRemoteSupportHandlerTest() { test::startedQueue(); }
+  GetSkyRunRemoteSupportHandlerTest() { test::startedBackgroundQueue(); }
 
   web::HttpResponsePtr get() {
     web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
     handler.getSkyRunRemoteSupport(
         test::makeRequest(web::Get, "/1/api/qcore/skyRunRemoteSupport", ""), resp, &host, &info,
-        "s1", answer.callback());
-    return answer.wait();
+        "s1", answers.callback());
+    return answers.waitFor();
   }
 
-  test::DeferredAnswer answer;
+  test::Answers answers;
 };
 
 TEST_F(GetSkyRunRemoteSupportHandlerTest, AnswersTheFiveKeysAsJson) {

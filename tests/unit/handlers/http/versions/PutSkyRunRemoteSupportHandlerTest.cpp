@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "DeferredCall.h"
 #include "kelo/handlers/http/versions/PutSkyRunRemoteSupportHandler.h"
+#include "support/DeferredHandlerTest.h"
 #include "support/HandlerTest.h"
 #include "tavelabi/Exceptions.h"
 
@@ -16,17 +16,17 @@ using tavelabi::ResourceValue;
 
 class PutSkyRunRemoteSupportHandlerTest : public test::HandlerTest<PutSkyRunRemoteSupportHandler> {
  protected:
-  PutSkyRunRemoteSupportHandlerTest() { test::startedQueue(); }
+  PutSkyRunRemoteSupportHandlerTest() { test::startedBackgroundQueue(); }
 
   web::HttpResponsePtr put(const std::string& body) {
     web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
     handler.putSkyRunRemoteSupport(
         test::makeRequest(web::Put, "/1/api/qcore/skyRunRemoteSupport", "", body), resp, &host,
-        &info, "s1", answer.callback());
-    return answer.wait();
+        &info, "s1", answers.callback());
+    return answers.waitFor();
   }
 
-  test::DeferredAnswer answer;
+  test::Answers answers;
 };
 
 TEST_F(PutSkyRunRemoteSupportHandlerTest, SendsTheSetKeysFromTheQueueAndAnswers200) {
@@ -38,7 +38,7 @@ TEST_F(PutSkyRunRemoteSupportHandlerTest, SendsTheSetKeysFromTheQueueAndAnswers2
   EXPECT_EQ(sent.values.at("port").getIntValue(), 2200);
   EXPECT_EQ(resp->statusCode(), 200);
   EXPECT_TRUE(resp->body().empty());
-  EXPECT_EQ(answer.calls(), 1);
+  EXPECT_EQ(answers.count(), 1u);
 }
 
 TEST_F(PutSkyRunRemoteSupportHandlerTest, AnErrorMessageIs500WithItsText) {
