@@ -13,7 +13,7 @@ PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev llvm
   curl wrk python3 python3-websocket python3-protobuf python3-yaml python3-jsonschema
-  procps util-linux
+  procps util-linux valgrind
   slowhttptest
   prometheus-cpp-dev prometheus
 )
