@@ -52,7 +52,18 @@ class HttpSession : public TrackedConnection {
       derived().closeSocket();
     }
   }
-  void closeForShutdown() override { derived().closeSocket(); }
+  // At shutdown an answer already on its way is written whole, and one that a handler still owes
+  // becomes 503, as for a request read during the shutdown: a client whose request made the
+  // host restart (a new certificate) gets its answer before the process goes away. Connections
+  // between requests close at once. The I/O thread's grace period bounds a peer that never reads.
+  void closeForShutdown() override {
+    if (writing_) {
+      closeAfterWrite_ = true;
+      return;
+    }
+    if (awaiting_) return respondLocal(k503ServiceUnavailable, "");
+    derived().closeSocket();
+  }
 
  protected:
   // How long a connection we close may drain what the client still sends.

@@ -7,6 +7,7 @@
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http.hpp>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 
@@ -171,7 +172,9 @@ void HttpClient::sendRaw(const std::string& bytes) {
 HttpReply HttpClient::readReply(bool head) {
   if (!impl_->connected) throw std::runtime_error("read: not connected");
   http::response_parser<http::string_body> parser;
-  parser.body_limit(boost::none);
+  // No limit. With Boost 1.74 an unset limit (boost::none) failed bodies of 100 kB and more read
+  // over TLS with "body limit exceeded"; a limit that no body reaches does not.
+  parser.body_limit(std::numeric_limits<std::uint64_t>::max());
   parser.skip(head);
   bool done = false;
   boost::system::error_code result;
