@@ -8,12 +8,14 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "sim/CommandLine.h"
@@ -30,6 +32,8 @@ using halvor::sim::Console;
 
 constexpr int kExitBadInput = 2;
 constexpr int kExitBadPlugin = 3;
+// How long a restart waits, after the plug-in was shut down, before the program starts anew.
+constexpr std::chrono::milliseconds kRestartGrace{1000};
 
 // SIGINT and SIGTERM are blocked in every thread (threads inherit the mask, so this runs before
 // any thread starts) and read from a signalfd by the main loop: no work in a signal handler.
@@ -178,6 +182,12 @@ int main(int argc, char** argv) {
   bool restart = false;
   int status = runHost(options, stopFd, restart);
   if (restart) {
+    // The plug-in's server goes on answering until the process ends, and the request that led
+    // to the restart (the upload of a new certificate) may not have had its answer written yet:
+    // the plug-in asks for the restart from its next `consume`, whatever its I/O threads are
+    // still doing. Like a real host, which takes seconds to come back, this one lets the answers
+    // on their way go out before the exec closes every socket.
+    std::this_thread::sleep_for(kRestartGrace);
     // The same program with the same arguments; no descriptor of this run survives the exec,
     // so the listening ports are free again.
     Console::line("tavel-sim: restarting");
