@@ -74,6 +74,7 @@ def run_fixture(sim, checks, schema):
         "users": [{"name": "viewer", "password": "viewer-wire", "role": "read-only"},
                   {"name": "operator", "password": "operator-wire", "role": "operator"}],
         "resources": resources})
+    sim.count_subscriptions()
     sim.start(fixtures=[fixture], sessions={VIEWER: "viewer", WRITER: "operator"},
               demo_models=False)
     heartbeat = wire.Heartbeat(sim, VIEWER)
@@ -102,7 +103,8 @@ def run_fixture(sim, checks, schema):
                  and stalled.device.guid.value == "fan-2" and stalled.device.name.value == "fan"
                  and stalled.severity == schema.MAINTENANCE
                  and stalled.time.seconds == 1769860800, str(stalled))
-    time.sleep(0.5)  # the first frame goes out before the subscription is made
+    checks.check("the subscription follows the first frame",
+                 sim.wait_for_subscription("/system/alarms/active"))
 
     change("PUT", ACTIVE, path_list(["/alarms/fan/2/stalled", "/alarms/amplifier/3/hot",
                                      "/alarms/exciter/1/pll"]))

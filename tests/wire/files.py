@@ -53,15 +53,6 @@ def served_certificate(sim):
     return ssl.PEM_cert_to_DER_cert(pem)
 
 
-def wait_for(predicate, seconds):
-    deadline = time.time() + seconds
-    while time.time() < deadline:
-        if predicate():
-            return True
-        time.sleep(0.1)
-    return predicate()
-
-
 def openssl_pair(sim, name, common_name):
     key, crt = sim.path(name + ".key"), sim.path(name + ".crt")
     subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt",
@@ -234,7 +225,7 @@ def run(sim, checks):
                              [("file", "server.crt", certificate), ("file", "server.key", key)],
                              tls=True)
     checks.check("a certificate and its key are taken", status == 200, body)
-    checks.check("the simulator restarts", wait_for(lambda: "tavel-sim: restarting" in
+    checks.check("the simulator restarts", wire.wait_for(lambda: "tavel-sim: restarting" in
                                                     sim.output(), 10), sim.output()[-2000:])
     served = None
     deadline = time.time() + 20

@@ -51,6 +51,7 @@ def close_answer(client, code):
 
 
 def run(sim, checks):
+    sim.count_subscriptions()
     sim.start(fixtures=[sim.repo_file("config/fixtures/demo.json")],
               sessions={SESSION: "viewer", WRITER: "operator"})
     ping = connect(sim, "/1/ws/ping")
@@ -128,7 +129,8 @@ def run(sim, checks):
     _, first_setting = setting.recv_data()
     checks.check("first frame holds the created value",
                  int_value(first_setting) == 1, repr(first_setting))
-    time.sleep(0.5)  # the first frame goes out before the subscription is made
+    checks.check("the subscription follows the first frame",
+                 sim.wait_for_subscription("/wire/setting"))
     ping.send("ping")
     ping.recv_data()
     checks.check("PUT through /1/api/resource is answered 200", rest("PUT", 42) == 200)

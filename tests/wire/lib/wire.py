@@ -65,6 +65,10 @@ def port_answers(port):
         return False
 
 
+# The bearer token of "/metrics" for the tests that read it.
+METRICS_TOKEN = "wire-metrics-token-0123456789"
+
+
 class Sim:
     """tavel-sim with the plug-in, its configuration written into `work` for two free ports."""
 
@@ -225,6 +229,35 @@ class Sim:
 
     def get(self, target, session=None, tls=False):
         return self.request("GET", target, session, tls=tls)
+
+    def count_subscriptions(self):
+        """Lets `wait_for_subscription` read the plug-in's "/metrics"; before `start`."""
+        self.config_extra["metrics-token"] = METRICS_TOKEN
+
+    def wait_for_subscription(self, path, clients=1, seconds=10):
+        """True once `clients` WebSocket clients are subscribed to the host path `path`, by the
+        plug-in's own count: an endpoint sends its first frame before it subscribes, so a change
+        made right after that frame may come before the subscription and is then not pushed."""
+        line = 'kelo_websocket_clients{path="%s"} ' % path
+
+        def subscribed():
+            status, _, body = self.request("GET", "/metrics",
+                                           headers={"Authorization": "Bearer " + METRICS_TOKEN})
+            for text in body.decode().splitlines():
+                if status == 200 and text.startswith(line):
+                    return float(text[len(line):]) >= clients
+            return False
+        return wait_for(subscribed, seconds)
+
+
+def wait_for(predicate, seconds, poll=0.1):
+    """True once `predicate()` holds, False when it still does not after `seconds`."""
+    deadline = time.time() + seconds
+    while time.time() < deadline:
+        if predicate():
+            return True
+        time.sleep(poll)
+    return predicate()
 
 
 # ---- WebSocket clients ----------------------------------------------------------------------------
