@@ -87,6 +87,7 @@ def put(sim, path, value):
 
 
 def fixed_tree(sim, checks, m):
+    sim.count_subscriptions()
     sim.start(fixtures=[sim.fixture("meters", tree())], sessions={VIEWER: "viewer",
                                                                    WRITER: "operator"},
               demo_models=False)
@@ -99,7 +100,8 @@ def fixed_tree(sim, checks, m):
     _, encoded_first = encoded.recv_data()
     checks.check("a percent-encoded path gets the empty first frame too", encoded_first == b"",
                  repr(encoded_first))
-    time.sleep(0.3)  # the subscription follows the first frame
+    checks.check("both subscriptions follow their first frames",
+                 sim.wait_for_subscription(GROUP + "/**", clients=2))
 
     checks.check("PUT of a meter one level below is 200",
                  put(sim, GROUP + "/outputPower", 1300.25) == 200)
