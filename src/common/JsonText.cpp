@@ -2,6 +2,7 @@
 
 #include <google/protobuf/stubs/strutil.h>
 
+#include <array>
 #include <cfloat>
 #include <charconv>
 #include <cmath>
@@ -32,47 +33,71 @@ void appendShortest(Number value, int digits, int moreDigits, bool longerWhenSub
   out.append(buffer, printed.ptr);
 }
 
+enum class CharacterClass : unsigned char { Plain, Escaped, Refused, Lead };
+
+// What each byte is to appendString: printed as it is, escaped, refused (control characters and
+// DEL, which protobuf escapes in ways not written here), or the start of a multi-byte character.
+constexpr std::array<CharacterClass, 256> kCharacterClasses = [] {
+  std::array<CharacterClass, 256> classes{};
+  for (unsigned c = 0; c < classes.size(); ++c) {
+    if (c >= 0x80) {
+      classes[c] = CharacterClass::Lead;
+    } else if (c < 0x20 || c == 0x7f) {
+      classes[c] = CharacterClass::Refused;
+    } else if (c == '"' || c == '\\' || c == '<' || c == '>') {
+      classes[c] = CharacterClass::Escaped;
+    } else {
+      classes[c] = CharacterClass::Plain;
+    }
+  }
+  return classes;
+}();
+
 }  // namespace
 
 bool JsonText::appendString(std::string_view text, std::string& out) {
   out += '"';
+  const auto* const data = reinterpret_cast<const unsigned char*>(text.data());
+  const std::size_t size = text.size();
   std::size_t plain = 0;  // the start of the run of characters that need no escape
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto c = static_cast<unsigned char>(text[i]);
-    if (c >= 0x80) {
+  std::size_t i = 0;
+  while (i < size) {
+    // Most characters of a meter's texts need nothing: one table look-up each skips them.
+    const CharacterClass kind = kCharacterClasses[data[i]];
+    if (kind == CharacterClass::Plain) {
+      ++i;
+      continue;
+    }
+    if (kind == CharacterClass::Refused) {
+      return false;
+    }
+    if (kind == CharacterClass::Lead) {
       if (!isPlainTwoByteCharacter(text, i)) {
         return false;
       }
-      ++i;  // both bytes go out as they are
+      i += 2;  // both bytes go out as they are
       continue;
     }
-    if (c < 0x20 || c == 0x7f) {
-      return false;
-    }
-    const char* escaped = nullptr;
-    switch (c) {
-      case '"':
-        escaped = "\\\"";
-        break;
-      case '\\':
-        escaped = "\\\\";
-        break;
-      case '<':
-        escaped = "\\u003c";
-        break;
-      case '>':
-        escaped = "\\u003e";
-        break;
-      default:
-        continue;
-    }
     out.append(text.data() + plain, i - plain);
-    out += escaped;
-    plain = i + 1;
+    out += escapeOf(data[i]);
+    plain = ++i;
   }
-  out.append(text.data() + plain, text.size() - plain);
+  out.append(text.data() + plain, size - plain);
   out += '"';
   return true;
+}
+
+const char* JsonText::escapeOf(unsigned char c) {
+  switch (c) {
+    case '"':
+      return "\\\"";
+    case '\\':
+      return "\\\\";
+    case '<':
+      return "\\u003c";
+    default:  // '>', the only other escaped character
+      return "\\u003e";
+  }
 }
 
 // A well-formed two-byte UTF-8 sequence at `at` (U+0080 to U+07FF) that protobuf prints as it

@@ -34,6 +34,8 @@ class JsonText {
 
  private:
   static bool isPlainTwoByteCharacter(std::string_view text, std::size_t at);
+  // The escape of a character whose class is Escaped.
+  static const char* escapeOf(unsigned char c);
 };
 
 }  // namespace halvor::kelo
