@@ -184,15 +184,14 @@ void GraphicsDecoders::decodeAmPmCorrection(const Bytes& block, PointColumns& po
   throwIfCutOff(block, 4, {4});
 }
 
-void GraphicsDecoders::decodeEqResponses(const Bytes& block, std::vector<double>& responses) {
+void GraphicsDecoders::decodeEqResponses(const Bytes& block, Column<double>& responses) {
   const std::size_t n = wholeEntries(block, 2);
   responses.resize(n);
   loops().eqResponses(block.data(), n, responses.data());
   throwIfCutOff(block, 2, {2});
 }
 
-void GraphicsDecoders::decodeEqFrequencies(const Bytes& block,
-                                           std::vector<std::int32_t>& frequencies) {
+void GraphicsDecoders::decodeEqFrequencies(const Bytes& block, Column<std::int32_t>& frequencies) {
   const std::size_t n = wholeEntries(block, 4);
   frequencies.resize(n);
   loops().eqFrequencies(block.data(), n, frequencies.data());
@@ -271,7 +270,7 @@ std::shared_ptr<protobuf::AmPmCorrection> GraphicsDecoders::amPmCorrection(const
 void GraphicsDecoders::appendEqResponses(
     const Bytes& block,
     google::protobuf::RepeatedPtrField<google::protobuf::DoubleValue>& responses) {
-  std::vector<double> values;
+  Column<double> values;
   decodeThenAppend([&] { decodeEqResponses(block, values); },
                    [&] {
                      responses.Reserve(responses.size() + static_cast<int>(values.size()));
@@ -282,7 +281,7 @@ void GraphicsDecoders::appendEqResponses(
 void GraphicsDecoders::appendEqFrequencies(
     const Bytes& block,
     google::protobuf::RepeatedPtrField<google::protobuf::Int32Value>& frequencies) {
-  std::vector<std::int32_t> values;
+  Column<std::int32_t> values;
   decodeThenAppend([&] { decodeEqFrequencies(block, values); },
                    [&] {
                      frequencies.Reserve(frequencies.size() + static_cast<int>(values.size()));
