@@ -7,6 +7,7 @@
 #include <string>
 
 #include "halvor/factories/GraphicsFactories.h"
+#include "kelo/handlers/http/graphics/GraphicsDecoderLoops.h"
 #include "tavelabi/ByteVectorReader.h"
 
 namespace halvor::kelo {
@@ -83,15 +84,8 @@ TraceForm formOf(std::size_t amplitudeLength, std::size_t frequencyLength) {
   return TraceForm::None;
 }
 
-// The correction curves: one unsigned 32-bit word per entry, x its index from 0.
-std::size_t correctionEntries(const Bytes& block, PointColumns& points) {
-  const std::size_t n = wholeEntries(block, 4);
-  points.resize(n);
-  for (std::size_t i = 0; i < n; ++i) {
-    points.x[i] = static_cast<double>(i);
-  }
-  return n;
-}
+// The loops of the widest instructions this processor runs.
+const GraphicsDecoderLoops::Table& loops() { return GraphicsDecoderLoops::active(); }
 
 // The header's four single bytes.
 constexpr std::size_t kSourceMode1 = 12;
@@ -133,33 +127,16 @@ void GraphicsDecoders::decodeTrace(const Bytes& amplitude, const Bytes& frequenc
   const unsigned width = form == TraceForm::Narrow ? 2 : 4;
   const std::size_t n = wholeEntries(amplitude, width);
   points.resize(n);
-  const std::uint8_t* a = amplitude.data();
-  if (form == TraceForm::Narrow) {
-    for (std::size_t i = 0; i < n; ++i) {
-      points.y[i] = load<std::int16_t>(a + 2 * i);
-    }
-  } else {
-    // A wide amplitude keeps only its low half, so it never leaves the 16-bit range.
-    for (std::size_t i = 0; i < n; ++i) {
-      points.y[i] = static_cast<std::int16_t>(load<std::uint32_t>(a + 4 * i) & 0xFFFFU);
-    }
-  }
-  // Taken signed: a word of 2^31 or more comes out negative.
-  const std::uint8_t* f = frequency.data();
-  for (std::size_t i = 0; i < n; ++i) {
-    points.x[i] = load<std::int32_t>(f + 4 * i);
-  }
+  // A wide amplitude keeps only its low half; the frequency words are taken signed.
+  const auto trace = form == TraceForm::Narrow ? loops().narrowTrace : loops().wideTrace;
+  trace(amplitude.data(), frequency.data(), n, points.y.data(), points.x.data());
   throwIfCutOff(amplitude, width, {width});
 }
 
 void GraphicsDecoders::decodeFixedPointPairs(const Bytes& block, PointColumns& points) {
   const std::size_t n = wholeEntries(block, 8);
   points.resize(n);
-  const std::uint8_t* b = block.data();
-  for (std::size_t i = 0; i < n; ++i) {
-    points.x[i] = load<std::int32_t>(b + 8 * i) * kFixedPoint24;
-    points.y[i] = load<std::int32_t>(b + 8 * i + 4) * kFixedPoint24;
-  }
+  loops().fixedPointPairs(block.data(), n, points.x.data(), points.y.data());
   throwIfCutOff(block, 8, {4, 4});
 }
 
@@ -167,15 +144,9 @@ void GraphicsDecoders::decodeSubCarrierGroups(const Bytes& block, SubCarrierColu
   // The head of an entry (1, 1 and 2 bytes) is passed over; what it holds is not shown.
   const std::size_t n = wholeEntries(block, 16);
   groups.resize(n);
-  const std::uint8_t* b = block.data();
-  for (std::size_t i = 0; i < n; ++i) {
-    const std::uint8_t* entry = b + 16 * i;
-    // Float arithmetic on purpose: these values are float fields, scaled as floats.
-    groups.firstValue[i] = static_cast<float>(load<std::int32_t>(entry + 4)) / 1000.0F;
-    groups.secondValue[i] = static_cast<float>(load<std::int32_t>(entry + 8)) / 1000.0F;
-    groups.groupValue[i] = static_cast<float>(load<std::int16_t>(entry + 12)) / 100.0F;
-    groups.groupIndex[i] = load<std::int16_t>(entry + 14);
-  }
+  // Float arithmetic on purpose: these values are float fields, scaled as floats.
+  loops().subCarrierGroups(block.data(), n, groups.groupIndex.data(), groups.groupValue.data(),
+                           groups.firstValue.data(), groups.secondValue.data());
   throwIfCutOff(block, 16, {1, 1, 2, 4, 4, 2, 2});
 }
 
@@ -195,50 +166,35 @@ void GraphicsDecoders::decodePowerDistribution(const Bytes& block, PointColumns&
   }
   const std::size_t n = block.size() / 4;
   points.resize(n);
-  const std::uint8_t* b = block.data();
-  for (std::size_t i = 0; i < n; ++i) {
-    points.x[i] = load<std::uint16_t>(b + 4 * i) / 100.0;
-    points.y[i] = load<std::int16_t>(b + 4 * i + 2);
-  }
+  loops().powerDistribution(block.data(), n, points.x.data(), points.y.data());
 }
 
 void GraphicsDecoders::decodeAmAmCorrection(const Bytes& block, PointColumns& points) {
-  const std::size_t n = correctionEntries(block, points);
-  const std::uint8_t* b = block.data();
-  // Unsigned: the top half of the range stays positive.
-  for (std::size_t i = 0; i < n; ++i) {
-    points.y[i] = static_cast<double>(load<std::uint32_t>(b + 4 * i)) * kAmAmScale;
-  }
+  // Unsigned: the top half of the range stays positive. x is the entry's index.
+  const std::size_t n = wholeEntries(block, 4);
+  points.resize(n);
+  loops().amAmCorrection(block.data(), n, points.x.data(), points.y.data());
   throwIfCutOff(block, 4, {4});
 }
 
 void GraphicsDecoders::decodeAmPmCorrection(const Bytes& block, PointColumns& points) {
-  const std::size_t n = correctionEntries(block, points);
-  const std::uint8_t* b = block.data();
-  for (std::size_t i = 0; i < n; ++i) {
-    points.y[i] = static_cast<double>(load<std::uint32_t>(b + 4 * i)) / kAmPmWordsPerDegree;
-  }
+  const std::size_t n = wholeEntries(block, 4);
+  points.resize(n);
+  loops().amPmCorrection(block.data(), n, points.x.data(), points.y.data());
   throwIfCutOff(block, 4, {4});
 }
 
-void GraphicsDecoders::decodeEqResponses(const Bytes& block, std::vector<double>& responses) {
+void GraphicsDecoders::decodeEqResponses(const Bytes& block, Column<double>& responses) {
   const std::size_t n = wholeEntries(block, 2);
   responses.resize(n);
-  const std::uint8_t* b = block.data();
-  for (std::size_t i = 0; i < n; ++i) {
-    responses[i] = load<std::int16_t>(b + 2 * i) / 100.0;
-  }
+  loops().eqResponses(block.data(), n, responses.data());
   throwIfCutOff(block, 2, {2});
 }
 
-void GraphicsDecoders::decodeEqFrequencies(const Bytes& block,
-                                           std::vector<std::int32_t>& frequencies) {
+void GraphicsDecoders::decodeEqFrequencies(const Bytes& block, Column<std::int32_t>& frequencies) {
   const std::size_t n = wholeEntries(block, 4);
   frequencies.resize(n);
-  const std::uint8_t* b = block.data();
-  for (std::size_t i = 0; i < n; ++i) {
-    frequencies[i] = load<std::int32_t>(b + 4 * i);
-  }
+  loops().eqFrequencies(block.data(), n, frequencies.data());
   throwIfCutOff(block, 4, {4});
 }
 
@@ -314,7 +270,7 @@ std::shared_ptr<protobuf::AmPmCorrection> GraphicsDecoders::amPmCorrection(const
 void GraphicsDecoders::appendEqResponses(
     const Bytes& block,
     google::protobuf::RepeatedPtrField<google::protobuf::DoubleValue>& responses) {
-  std::vector<double> values;
+  Column<double> values;
   decodeThenAppend([&] { decodeEqResponses(block, values); },
                    [&] {
                      responses.Reserve(responses.size() + static_cast<int>(values.size()));
@@ -325,7 +281,7 @@ void GraphicsDecoders::appendEqResponses(
 void GraphicsDecoders::appendEqFrequencies(
     const Bytes& block,
     google::protobuf::RepeatedPtrField<google::protobuf::Int32Value>& frequencies) {
-  std::vector<std::int32_t> values;
+  Column<std::int32_t> values;
   decodeThenAppend([&] { decodeEqFrequencies(block, values); },
                    [&] {
                      frequencies.Reserve(frequencies.size() + static_cast<int>(values.size()));

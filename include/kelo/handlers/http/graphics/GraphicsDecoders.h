@@ -64,8 +64,8 @@ class GraphicsDecoders {
   static void decodeAmPmCorrection(const Bytes& block, PointColumns& points);
   // The equaliser: entries of 2 bytes, signed, in hundredths; entries of 4 bytes, signed, as
   // they are.
-  static void decodeEqResponses(const Bytes& block, std::vector<double>& responses);
-  static void decodeEqFrequencies(const Bytes& block, std::vector<std::int32_t>& frequencies);
+  static void decodeEqResponses(const Bytes& block, Column<double>& responses);
+  static void decodeEqFrequencies(const Bytes& block, Column<std::int32_t>& frequencies);
 
   // The message forms, appending to the given lists or returning a new message.
   static void appendTrace(const Bytes& amplitude, const Bytes& frequency,

@@ -245,8 +245,8 @@ std::vector<double> extremeNumbers() {
 
 PointColumns columnsOf(const std::vector<double>& ys, const std::vector<double>& xs) {
   PointColumns columns;
-  columns.y = ys;
-  columns.x = xs;
+  columns.y.assign(ys.begin(), ys.end());
+  columns.x.assign(xs.begin(), xs.end());
   return columns;
 }
 
