@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The message a reader throws for `section`, empty when it throws none.
+// The message that `read` throws, empty when it throws none.
 template <class Read>
 std::string refusalOf(Read read) {
   try {
