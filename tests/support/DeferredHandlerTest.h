@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -15,25 +16,46 @@
 #include "support/FakePluginInfo.h"
 #include "support/Requests.h"
 #include "support/ScriptedHost.h"
+#include "support/TestApplication.h"
 
 namespace halvor::kelo::test {
 
-// The application's background queue with two threads, started once for this test program.
-inline BackgroundTaskQueue& startedBackgroundQueue() {
-  static BackgroundTaskQueue* queue = [] {
-    web::app().registerPluginType<BackgroundTaskQueue>("BackgroundTaskQueue");
-    Json::Value root;
-    root["plugins"][0]["name"] = "BackgroundTaskQueue";
-    root["plugins"][0]["config"] = Json::objectValue;
-    web::app().loadConfigJson(root);
-    auto* plugin = web::app().getPlugin<BackgroundTaskQueue>();
-    Json::Value config;
-    config["threads_num"] = 2;
-    config["name"] = "deferredHandlerTest";
-    plugin->initAndStart(config);
-    return plugin;
+// Starts the application's background queue, as the loaded configuration holds it, with
+// `threads` threads named after `name`.
+inline BackgroundTaskQueue& startConfiguredQueue(int threads, const std::string& name) {
+  auto* plugin = web::app().getPlugin<BackgroundTaskQueue>();
+  if (plugin == nullptr) throw std::logic_error("the web configuration has no background queue");
+  Json::Value config;
+  config["threads_num"] = threads;
+  config["name"] = name;
+  plugin->initAndStart(config);
+  return *plugin;
+}
+
+// The application's background queue alone, registered, configured and started now with
+// `threads` threads named after `name`; for a test that stops it again itself.
+inline BackgroundTaskQueue& startBackgroundQueue(int threads, const std::string& name) {
+  web::app().registerPluginType<BackgroundTaskQueue>("BackgroundTaskQueue");
+  Json::Value root;
+  root["plugins"][0]["name"] = "BackgroundTaskQueue";
+  root["plugins"][0]["config"] = Json::objectValue;
+  web::app().loadConfigJson(root);
+  return startConfiguredQueue(threads, name);
+}
+
+// The test application's background queue (see loadTestApplication) with `threads` threads,
+// started once for this test program. A later call that asks for another count throws: the
+// first one's queue is the one every test of the program shares.
+inline BackgroundTaskQueue& startedBackgroundQueue(int threads = 2) {
+  static const int startedWith = threads;
+  static BackgroundTaskQueue& queue = [threads]() -> BackgroundTaskQueue& {
+    loadTestApplication();
+    return startConfiguredQueue(threads, "deferredHandlerTest");
   }();
-  return *queue;
+  if (threads != startedWith) {
+    throw std::logic_error("the background queue was started with another thread count");
+  }
+  return queue;
 }
 
 // The answers that came through completion callbacks, in order, with their times.

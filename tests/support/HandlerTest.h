@@ -16,6 +16,7 @@
 #include "support/FakePluginInfo.h"
 #include "support/RecordingHost.h"
 #include "support/Requests.h"
+#include "support/TestApplication.h"
 #include "tavelabi/IPluginInfo.h"
 #include "tavelabi/ITavel.h"
 
@@ -54,15 +55,7 @@ class HandlerTest : public ::testing::Test {
 // requests can go through the whole frame. The application is not started: every client counts
 // as local by its loopback address alone.
 inline void installHost(tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info) {
-  static const bool loaded = [] {
-    web::app().registerPluginType<WebKeloInterface>("WebKeloInterface");
-    Json::Value root;
-    root["plugins"][0]["name"] = "WebKeloInterface";
-    root["plugins"][0]["config"] = Json::objectValue;
-    web::app().loadConfigJson(root);
-    return true;
-  }();
-  (void)loaded;
+  loadTestApplication();
   WebKeloInterface* plugin = web::app().getPlugin<WebKeloInterface>();
   plugin->tavel = tavel;
   plugin->pluginInfo = info;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "sim/SimTavel.h"
+#include "sim/models/FixtureValues.h"
 #include "tavelabi/ResourceAction.h"
 
 namespace halvor::sim {
@@ -111,14 +112,10 @@ std::vector<Command> PresetModel::commands() {
 }
 
 void PresetModel::applyFixture(const Json::Value& section) {
-  if (!section.isObject()) throw std::invalid_argument("presets: the section must be an object");
+  FixtureValues::requireObject(section, "presets");
   std::lock_guard lock(mutex_);
   if (section.isMember("pollsToComplete")) {
-    const Json::Value& polls = section["pollsToComplete"];
-    if (!polls.isInt() || polls.asInt() < 0) {
-      throw std::invalid_argument("presets.pollsToComplete: a whole number, 0 or more");
-    }
-    pollsToComplete_ = polls.asInt();
+    pollsToComplete_ = FixtureValues::count(section, "presets", "pollsToComplete");
   }
   if (section.isMember("failAtStart")) {
     failAtStart_ = textsOf(section["failAtStart"], "failAtStart");

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "sim/SimTavel.h"
+#include "sim/models/FixtureValues.h"
 #include "tavelabi/Exceptions.h"
 #include "tavelabi/ResourceAction.h"
 
@@ -71,14 +72,6 @@ bool flagOf(const Resource& resource, const std::string& key) {
          found->second.getBoolValue();
 }
 
-std::chrono::milliseconds delayOf(const Json::Value& section, const char* key) {
-  const Json::Value& delay = section[key];
-  if (!delay.isInt() || delay.asInt() < 0) {
-    throw std::invalid_argument(std::string("processor.") + key + ": a whole number, 0 or more");
-  }
-  return std::chrono::milliseconds(delay.asInt());
-}
-
 }  // namespace
 
 std::vector<Resource> ProcessorModel::demoPresets() {
@@ -97,11 +90,13 @@ std::vector<Command> ProcessorModel::commands() {
 }
 
 void ProcessorModel::applyFixture(const Json::Value& section) {
-  if (!section.isObject()) throw std::invalid_argument("processor: the section must be an object");
+  FixtureValues::requireObject(section, "processor");
   std::lock_guard lock(mutex_);
-  if (section.isMember("applyDelayMs")) behaviour_.applyDelay = delayOf(section, "applyDelayMs");
+  if (section.isMember("applyDelayMs")) {
+    behaviour_.applyDelay = FixtureValues::delay(section, "processor", "applyDelayMs");
+  }
   if (section.isMember("updatedDelayMs")) {
-    behaviour_.updatedDelay = delayOf(section, "updatedDelayMs");
+    behaviour_.updatedDelay = FixtureValues::delay(section, "processor", "updatedDelayMs");
   }
   if (section.isMember("failing")) {
     const Json::Value& failing = section["failing"];

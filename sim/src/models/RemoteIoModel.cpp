@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "sim/SimTavel.h"
+#include "sim/models/FixtureValues.h"
 #include "tavelabi/Exceptions.h"
 #include "tavelabi/ResourceAction.h"
 
@@ -128,14 +129,12 @@ std::vector<Command> RemoteIoModel::commands() {
 }
 
 void RemoteIoModel::applyFixture(const Json::Value& section) {
-  if (!section.isObject()) throw std::invalid_argument("remoteio: the section must be an object");
+  FixtureValues::requireObject(section, "remoteio");
   if (section.isMember("settleDelayMs")) {
-    const Json::Value& delay = section["settleDelayMs"];
-    if (!delay.isInt() || delay.asInt() < 0) {
-      throw std::invalid_argument("remoteio.settleDelayMs: a whole number, 0 or more");
-    }
+    const std::chrono::milliseconds delay =
+        FixtureValues::delay(section, "remoteio", "settleDelayMs");
     std::lock_guard lock(mutex_);
-    delay_ = std::chrono::milliseconds(delay.asInt());
+    delay_ = delay;
   }
 }
 

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "sim/SimTavel.h"
+#include "sim/models/FixtureValues.h"
 #include "tavelabi/ResourceAction.h"
 
 namespace halvor::sim {
@@ -187,20 +188,13 @@ std::vector<Command> SchedulerModel::commands() {
 }
 
 void SchedulerModel::applyFixture(const Json::Value& section) {
-  if (!section.isObject()) throw std::invalid_argument("scheduler: the section must be an object");
+  FixtureValues::requireObject(section, "scheduler");
   std::lock_guard lock(mutex_);
   if (section.isMember("confirmDelayMs")) {
-    const Json::Value& delay = section["confirmDelayMs"];
-    if (!delay.isInt() || delay.asInt() < 0) {
-      throw std::invalid_argument("scheduler.confirmDelayMs: a whole number, 0 or more");
-    }
-    confirmDelay_ = std::chrono::milliseconds(delay.asInt());
+    confirmDelay_ = FixtureValues::delay(section, "scheduler", "confirmDelayMs");
   }
   if (section.isMember("hardwareStatus")) {
-    if (!section["hardwareStatus"].isInt()) {
-      throw std::invalid_argument("scheduler.hardwareStatus: a whole number");
-    }
-    hardwareStatus_ = section["hardwareStatus"].asInt();
+    hardwareStatus_ = FixtureValues::wholeNumber(section, "scheduler", "hardwareStatus");
   }
 }
 

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "sim/SimTavel.h"
+#include "sim/models/FixtureValues.h"
 #include "tavelabi/ResourceAction.h"
 
 namespace halvor::sim {
@@ -148,14 +149,10 @@ Resource SettingsModel::link(const Page& page) {
 }
 
 void SettingsModel::applyFixture(const Json::Value& section) {
-  if (!section.isObject()) throw std::invalid_argument("settings: the section must be an object");
+  FixtureValues::requireObject(section, "settings");
   std::lock_guard lock(mutex_);
   if (section.isMember("transitionMs")) {
-    const Json::Value& duration = section["transitionMs"];
-    if (!duration.isInt() || duration.asInt() <= 0) {
-      throw std::invalid_argument("settings.transitionMs: a positive whole number");
-    }
-    behaviour_.duration = std::chrono::milliseconds(duration.asInt());
+    behaviour_.duration = FixtureValues::duration(section, "settings", "transitionMs");
   }
   const Json::Value& failures = section["failures"];
   if (!failures.isNull() && !failures.isObject()) {

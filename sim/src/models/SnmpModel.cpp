@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "sim/SimTavel.h"
+#include "sim/models/FixtureValues.h"
 #include "tavelabi/Exceptions.h"
 #include "tavelabi/ResourceAction.h"
 
@@ -69,18 +70,13 @@ std::vector<Command> SnmpModel::commands() {
 }
 
 void SnmpModel::applyFixture(const Json::Value& section) {
-  if (!section.isObject()) throw std::invalid_argument("snmp: the section must be an object");
+  FixtureValues::requireObject(section, "snmp");
   std::lock_guard lock(mutex_);
   if (section.isMember("applyDelayMs")) {
-    const Json::Value& delay = section["applyDelayMs"];
-    if (!delay.isInt() || delay.asInt() < 0) {
-      throw std::invalid_argument("snmp.applyDelayMs: a whole number, 0 or more");
-    }
-    behaviour_.delay = std::chrono::milliseconds(delay.asInt());
+    behaviour_.delay = FixtureValues::delay(section, "snmp", "applyDelayMs");
   }
   if (section.isMember("applying")) {
-    if (!section["applying"].isBool()) throw std::invalid_argument("snmp.applying: true or false");
-    behaviour_.applying = section["applying"].asBool();
+    behaviour_.applying = FixtureValues::flag(section, "snmp", "applying");
   }
 }
 

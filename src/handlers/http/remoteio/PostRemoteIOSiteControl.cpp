@@ -10,17 +10,8 @@ void PostRemoteIOSiteControl::processHttpRequest(const web::HttpRequestPtr& req,
                                                  tavelabi::ITavel* tavel,
                                                  tavelabi::IPluginInfo* info,
                                                  std::string sessionId) {
-  KeloResourceAction save(
-      tavelabi::CCRUD::Command, "/remoteio/siteControl/create",
-      RemoteIOHandlerHelpers::makeRemoteSiteControlResource(std::string(req->body())), info,
-      sessionId, req);
-  // The guid of the saved object comes back in the answer; it is what the wait reads.
-  const tavelabi::Resource answer = tavel->processResourceAction(save);
-  const std::string guid = answer.values.at("guid").getStringValue();
-  KeloResourceAction poll(tavelabi::CCRUD::Read,
-                          std::string(RemoteIOHandlerHelpers::kSiteControlPrefix) + guid, info,
-                          sessionId, req);
-  JsonReplies::replyJson(resp, RemoteIOHandlerHelpers::waitForSiteControlSave(poll, tavel));
+  JsonReplies::replyJson(resp, RemoteIOHandlerHelpers::saveSiteControl(
+                                   "/remoteio/siteControl/create", req, tavel, info, sessionId));
 }
 
 }  // namespace halvor::kelo

@@ -9,17 +9,8 @@ void PutRemoteIOSiteControl::processHttpRequest(const web::HttpRequestPtr& req,
                                                 web::HttpResponsePtr& resp, tavelabi::ITavel* tavel,
                                                 tavelabi::IPluginInfo* info,
                                                 std::string sessionId) {
-  KeloResourceAction save(
-      tavelabi::CCRUD::Command, "/remoteio/siteControl/update",
-      RemoteIOHandlerHelpers::makeRemoteSiteControlResource(std::string(req->body())), info,
-      sessionId, req);
-  // The guid of the saved object comes back in the answer; it is what the wait reads.
-  const tavelabi::Resource answer = tavel->processResourceAction(save);
-  const std::string guid = answer.values.at("guid").getStringValue();
-  KeloResourceAction poll(tavelabi::CCRUD::Read,
-                          std::string(RemoteIOHandlerHelpers::kSiteControlPrefix) + guid, info,
-                          sessionId, req);
-  JsonReplies::replyJson(resp, RemoteIOHandlerHelpers::waitForSiteControlSave(poll, tavel));
+  JsonReplies::replyJson(resp, RemoteIOHandlerHelpers::saveSiteControl(
+                                   "/remoteio/siteControl/update", req, tavel, info, sessionId));
 }
 
 }  // namespace halvor::kelo

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "kelo/common/JsonOptions.h"
+#include "kelo/handlers/http/KeloResourceAction.h"
 #include "tavelabi/Exceptions.h"
 
 namespace halvor::kelo {
@@ -189,6 +190,23 @@ std::string RemoteIOHandlerHelpers::waitForSiteControlSave(tavelabi::ResourceAct
 std::string RemoteIOHandlerHelpers::waitForAnalogSave(tavelabi::ResourceAction action,
                                                       tavelabi::ITavel* tavel) {
   return JsonOptions::toJson(*makeRemoteIoAnalogOutput(settled(action, tavel)));
+}
+
+std::string RemoteIOHandlerHelpers::saveSiteControl(const std::string& commandPath,
+                                                    const web::HttpRequestPtr& req,
+                                                    tavelabi::ITavel* tavel,
+                                                    tavelabi::IPluginInfo* info,
+                                                    const std::string& sessionId) {
+  KeloResourceAction save(tavelabi::CCRUD::Command, commandPath,
+                          makeRemoteSiteControlResource(std::string(req->body())), info, sessionId,
+                          req);
+  // The guid of the saved object comes back in the answer; it is what the wait reads. A create
+  // learns the new object's guid only here.
+  const Resource answer = tavel->processResourceAction(save);
+  const std::string guid = answer.values.at("guid").getStringValue();
+  KeloResourceAction poll(tavelabi::CCRUD::Read, std::string(kSiteControlPrefix) + guid, info,
+                          sessionId, req);
+  return waitForSiteControlSave(poll, tavel);
 }
 
 std::string RemoteIOHandlerHelpers::waitForSiteControlDelete(tavelabi::ResourceAction action,

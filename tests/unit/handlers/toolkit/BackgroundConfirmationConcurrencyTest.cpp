@@ -8,7 +8,7 @@
 
 #include "kelo/BackgroundTaskQueue.h"
 #include "kelo/handlers/toolkit/BackgroundConfirmation.h"
-#include "kelo/web/HttpAppFramework.h"
+#include "support/DeferredHandlerTest.h"
 #include "support/Requests.h"
 
 namespace halvor::kelo {
@@ -20,17 +20,7 @@ using namespace std::chrono_literals;
 // queue's two threads run the loops, whose passes watch a value that another thread moves. Each
 // request is answered once, with 200, after the value reached its target.
 TEST(BackgroundConfirmationConcurrencyTest, ManyLoopsFromManyThreadsEachAnswerOnce) {
-  web::app().registerPluginType<BackgroundTaskQueue>("BackgroundTaskQueue");
-  Json::Value root;
-  root["plugins"][0]["name"] = "BackgroundTaskQueue";
-  root["plugins"][0]["config"] = Json::objectValue;
-  web::app().loadConfigJson(root);
-  auto* queue = web::app().getPlugin<BackgroundTaskQueue>();
-  ASSERT_NE(queue, nullptr);
-  Json::Value config;
-  config["threads_num"] = 2;
-  config["name"] = "confirmRace";
-  queue->initAndStart(config);
+  BackgroundTaskQueue& queue = test::startBackgroundQueue(2, "confirmRace");
 
   constexpr int kWriters = 4;
   constexpr int kEach = 8;
@@ -72,7 +62,7 @@ TEST(BackgroundConfirmationConcurrencyTest, ManyLoopsFromManyThreadsEachAnswerOn
   while (answered.load() < kWriters * kEach && std::chrono::steady_clock::now() < deadline) {
     std::this_thread::sleep_for(5ms);
   }
-  queue->shutdown();
+  queue.shutdown();
   std::lock_guard lock(mutex);
   for (int id = 0; id < kWriters * kEach; ++id) {
     EXPECT_EQ(answers[id], 1) << id;

@@ -9,7 +9,7 @@
 
 #include "kelo/BackgroundTaskQueue.h"
 #include "kelo/handlers/toolkit/BackgroundConfirmation.h"
-#include "kelo/web/HttpAppFramework.h"
+#include "support/DeferredHandlerTest.h"
 #include "support/Requests.h"
 #include "tavelabi/Exceptions.h"
 
@@ -109,17 +109,7 @@ TEST(BackgroundConfirmationTest, FailuresAreMappedAsTheFrameMapsThem) {
 }
 
 TEST(BackgroundConfirmationTest, StartRunsTheLoopOnTheBackgroundQueueAndReturnsAtOnce) {
-  web::app().registerPluginType<BackgroundTaskQueue>("BackgroundTaskQueue");
-  Json::Value root;
-  root["plugins"][0]["name"] = "BackgroundTaskQueue";
-  root["plugins"][0]["config"] = Json::objectValue;
-  web::app().loadConfigJson(root);
-  auto* queue = web::app().getPlugin<BackgroundTaskQueue>();
-  ASSERT_NE(queue, nullptr);
-  Json::Value config;
-  config["threads_num"] = 1;
-  config["name"] = "confirmTest";
-  queue->initAndStart(config);
+  BackgroundTaskQueue& queue = test::startBackgroundQueue(1, "confirmTest");
 
   Answer answer;
   std::atomic<int> passes{0};
@@ -135,7 +125,7 @@ TEST(BackgroundConfirmationTest, StartRunsTheLoopOnTheBackgroundQueueAndReturnsA
   release = true;
   EXPECT_EQ(answer.wait()->statusCode(), web::k200OK);
   EXPECT_NE(answer.thread(), std::this_thread::get_id());
-  queue->shutdown();
+  queue.shutdown();
 }
 
 BackgroundConfirmation::GiveUp giveUpAfter(int retries) { return {retries, 500, "Gave up."}; }
@@ -188,7 +178,6 @@ TEST(BackgroundConfirmationTest, TheBoundedLoopMapsAFailedPassAsTheFrameDoes) {
   EXPECT_EQ(answer.wait()->statusCode(), 403);
   EXPECT_TRUE(answer.wait()->ifCloseConnection());
 }
-
 
 TEST(BackgroundConfirmationTest, AnAnswerOnceSetsItsOwnStatusAndBodyAndIsSentOnce) {
   Answer answer;

@@ -6,6 +6,8 @@
 
 #include "halvor/factories/RemoteIoFactories.h"
 #include "halvor/protobuf/RemoteIo.pb.h"
+#include "kelo/web/HttpRequest.h"
+#include "tavelabi/IPluginInfo.h"
 #include "tavelabi/ITavel.h"
 #include "tavelabi/Resource.h"
 #include "tavelabi/ResourceAction.h"
@@ -47,6 +49,11 @@ class RemoteIOHandlerHelpers {
   static std::string waitForSiteControlSave(tavelabi::ResourceAction action,
                                             tavelabi::ITavel* tavel);
   static std::string waitForAnalogSave(tavelabi::ResourceAction action, tavelabi::ITavel* tavel);
+  // A site control saved by Command `commandPath` (create or update) with the request's body, then
+  // waited for under the guid that the Command's answer holds; the settled object as JSON.
+  static std::string saveSiteControl(const std::string& commandPath, const web::HttpRequestPtr& req,
+                                     tavelabi::ITavel* tavel, tavelabi::IPluginInfo* info,
+                                     const std::string& sessionId);
   // Repeats the read until the host says the object does not exist; other failures pass.
   static std::string waitForSiteControlDelete(tavelabi::ResourceAction action,
                                               tavelabi::ITavel* tavel);

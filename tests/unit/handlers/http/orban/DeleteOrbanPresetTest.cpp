@@ -4,6 +4,7 @@
 
 #include "OrbanTestSupport.h"
 #include "kelo/handlers/http/orban/DeleteOrbanPreset.h"
+#include "support/DeferredHandlerTest.h"
 #include "support/FakePluginInfo.h"
 #include "support/Requests.h"
 #include "tavelabi/Exceptions.h"
@@ -18,20 +19,20 @@ using tavelabi::Resource;
 class DeleteOrbanPresetTest : public ::testing::Test {
  protected:
   DeleteOrbanPresetTest() {
-    startBackgroundQueue();
+    startedBackgroundQueue();
     host.answer("/orban/preset/delete", Resource());
   }
 
   void remove(const std::string& name) {
     web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
     handler.deleteOrbanPreset(makeRequest(web::Delete, "/1/api/orban/preset/" + name, ""), resp,
-                              &host, &info, "s1", answer.callback(), name);
+                              &host, &info, "s1", answers.callback(), name);
   }
 
-  ScriptedHost host;
+  ScriptedReadsHost host;
   FakePluginInfo info;
   DeleteOrbanPreset handler{shortWaits()};
-  DeferredAnswer answer;
+  Answers answers;
 };
 
 TEST_F(DeleteOrbanPresetTest, TheDeleteIsAnsweredOnceTheNumberOfPresetsChanges) {
@@ -39,7 +40,7 @@ TEST_F(DeleteOrbanPresetTest, TheDeleteIsAnsweredOnceTheNumberOfPresetsChanges) 
     return read < 4 ? presetList({"Balanced", "Night"}) : presetList({"Balanced"});
   });
   remove("Night");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), web::k200OK);
   EXPECT_EQ(resp->contentType(), web::CT_TEXT_PLAIN);
@@ -55,14 +56,14 @@ TEST_F(DeleteOrbanPresetTest, TheDeleteIsAnsweredOnceTheNumberOfPresetsChanges) 
 TEST_F(DeleteOrbanPresetTest, ANameTheHostRefusesToRemoveEndsAfter21WaitsWith500) {
   host.scriptReads("/orban/presetList", [](int) { return presetList({"Balanced", "Night"}); });
   remove("Balanced");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), 500);
   EXPECT_EQ(resp->contentType(), web::CT_TEXT_PLAIN);
   EXPECT_EQ(resp->body(), "Communication failure, please try again.");
   // The count before the delete, the task's first read and one after each of 21 waits.
   EXPECT_EQ(host.readsOf("/orban/presetList"), 23);
-  EXPECT_EQ(answer.calls(), 1);
+  EXPECT_EQ(answers.count(), 1u);
 }
 
 TEST_F(DeleteOrbanPresetTest, AnyChangeOfTheNumberCountsEvenAGrowth) {
@@ -70,8 +71,8 @@ TEST_F(DeleteOrbanPresetTest, AnyChangeOfTheNumberCountsEvenAGrowth) {
     return read < 2 ? presetList({"Night"}) : presetList({"Night", "Other"});
   });
   remove("Night");
-  ASSERT_NE(answer.wait(), nullptr);
-  EXPECT_EQ(answer.wait()->statusCode(), web::k200OK);
+  ASSERT_NE(answers.waitFor(), nullptr);
+  EXPECT_EQ(answers.waitFor()->statusCode(), web::k200OK);
   EXPECT_EQ(host.readsOf("/orban/presetList"), 2);
 }
 
@@ -80,7 +81,7 @@ TEST_F(DeleteOrbanPresetTest, AnUnknownNameRefusedByTheHostFailsBeforeAnythingIs
   host.fail("/orban/preset/delete",
             [] { throw tavelabi::NonExistentResourcePathException("No preset Nowhere"); });
   EXPECT_THROW(remove("Nowhere"), tavelabi::NonExistentResourcePathException);
-  EXPECT_EQ(answer.wait(50ms), nullptr);
+  EXPECT_EQ(answers.waitFor(1, 50ms), nullptr);
   EXPECT_EQ(host.readsOf("/orban/presetList"), 1);
 }
 
@@ -90,7 +91,7 @@ TEST_F(DeleteOrbanPresetTest, ASessionThatEndsInTheMiddleOfTheWaitIs440AndClosed
     return presetList({"Night"});
   });
   remove("Night");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), 440);
   EXPECT_TRUE(resp->ifCloseConnection());
@@ -103,7 +104,7 @@ TEST_F(DeleteOrbanPresetTest, ARightLostInTheMiddleOfTheWaitIs403AndClosed) {
     return presetList({"Night"});
   });
   remove("Night");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), 403);
   EXPECT_TRUE(resp->ifCloseConnection());

@@ -22,7 +22,7 @@ class GetOrbanActivePresetTest : public ::testing::Test {
     return resp;
   }
 
-  ScriptedHost host;
+  ScriptedReadsHost host;
   FakePluginInfo info;
   GetOrbanActivePreset handler;
 };

@@ -24,7 +24,7 @@ class GetOrbanPresetListTest : public ::testing::Test {
     return resp;
   }
 
-  ScriptedHost host;
+  ScriptedReadsHost host;
   FakePluginInfo info;
   GetOrbanPresetList handler;
 };

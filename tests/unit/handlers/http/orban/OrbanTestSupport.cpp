@@ -1,14 +1,13 @@
 #include "OrbanTestSupport.h"
 
-#include <json/value.h>
+#include <chrono>
+#include <utility>
 
-#include "kelo/BackgroundTaskQueue.h"
-#include "kelo/web/HttpAppFramework.h"
 #include "tavelabi/ResourceAction.h"
 
 namespace halvor::kelo::test {
 
-ScriptedHost& ScriptedHost::scriptReads(const std::string& path, Script script) {
+ScriptedReadsHost& ScriptedReadsHost::scriptReads(const std::string& path, Script script) {
   // The base must know the path, or it refuses the action before the script is asked.
   answer(path, tavelabi::Resource());
   std::lock_guard lock(scriptMutex_);
@@ -16,13 +15,13 @@ ScriptedHost& ScriptedHost::scriptReads(const std::string& path, Script script) 
   return *this;
 }
 
-int ScriptedHost::readsOf(const std::string& path) const {
+int ScriptedReadsHost::readsOf(const std::string& path) const {
   std::lock_guard lock(scriptMutex_);
   const auto found = reads_.find(path);
   return found == reads_.end() ? 0 : found->second;
 }
 
-tavelabi::Resource ScriptedHost::processResourceAction(tavelabi::ResourceAction& action) {
+tavelabi::Resource ScriptedReadsHost::processResourceAction(tavelabi::ResourceAction& action) {
   tavelabi::Resource answer = RecordingHost::processResourceAction(action);
   if (action.action != tavelabi::CCRUD::Read) return answer;
   Script script;
@@ -37,42 +36,6 @@ tavelabi::Resource ScriptedHost::processResourceAction(tavelabi::ResourceAction&
   answer = script(read);
   action.resource = answer;
   return answer;
-}
-
-web::ResponseCallback DeferredAnswer::callback() {
-  return [this](const web::HttpResponsePtr& resp) {
-    std::lock_guard lock(mutex_);
-    response_ = resp;
-    ++calls_;
-    answered_.notify_all();
-  };
-}
-
-web::HttpResponsePtr DeferredAnswer::wait(std::chrono::milliseconds limit) {
-  std::unique_lock lock(mutex_);
-  answered_.wait_for(lock, limit, [this] { return calls_ > 0; });
-  return response_;
-}
-
-int DeferredAnswer::calls() const {
-  std::lock_guard lock(mutex_);
-  return calls_;
-}
-
-void startBackgroundQueue(int threads) {
-  static const bool started = [threads] {
-    web::app().registerPluginType<BackgroundTaskQueue>("BackgroundTaskQueue");
-    Json::Value root;
-    root["plugins"][0]["name"] = "BackgroundTaskQueue";
-    root["plugins"][0]["config"] = Json::objectValue;
-    web::app().loadConfigJson(root);
-    Json::Value config;
-    config["threads_num"] = threads;
-    config["name"] = "orbanTest";
-    web::app().getPlugin<BackgroundTaskQueue>()->initAndStart(config);
-    return true;
-  }();
-  (void)started;
 }
 
 OrbanPresetHelpers::Waits shortWaits() {

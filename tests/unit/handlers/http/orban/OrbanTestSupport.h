@@ -1,7 +1,5 @@
 #pragma once
 
-#include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -9,8 +7,6 @@
 #include <vector>
 
 #include "kelo/handlers/http/orban/OrbanPresetHelpers.h"
-#include "kelo/web/HttpResponse.h"
-#include "kelo/web/HttpTypes.h"
 #include "support/RecordingHost.h"
 #include "tavelabi/Resource.h"
 
@@ -19,11 +15,11 @@ namespace halvor::kelo::test {
 // A RecordingHost whose reads of some paths follow a script: the n-th Read of the path (from 1)
 // is answered by script(n), so that a wait sees the host change after so many reads. Every
 // action is recorded as RecordingHost records it.
-class ScriptedHost : public RecordingHost {
+class ScriptedReadsHost : public RecordingHost {
  public:
   using Script = std::function<tavelabi::Resource(int read)>;
 
-  ScriptedHost& scriptReads(const std::string& path, Script script);
+  ScriptedReadsHost& scriptReads(const std::string& path, Script script);
   // How many reads of `path` the host has answered.
   int readsOf(const std::string& path) const;
 
@@ -34,24 +30,6 @@ class ScriptedHost : public RecordingHost {
   std::map<std::string, Script> scripts_;
   std::map<std::string, int> reads_;
 };
-
-// The answer a deferred route gives through its callback, waited for across threads.
-class DeferredAnswer {
- public:
-  web::ResponseCallback callback();
-  // The response, or nullptr when none came within `limit`.
-  web::HttpResponsePtr wait(std::chrono::milliseconds limit = std::chrono::seconds(10));
-  int calls() const;
-
- private:
-  mutable std::mutex mutex_;
-  std::condition_variable answered_;
-  web::HttpResponsePtr response_;
-  int calls_ = 0;
-};
-
-// The application's background queue with `threads` threads, started once per test program.
-void startBackgroundQueue(int threads = 2);
 
 // Waits short enough for unit tests: 2 ms between reads, 30 ms of settling.
 OrbanPresetHelpers::Waits shortWaits();

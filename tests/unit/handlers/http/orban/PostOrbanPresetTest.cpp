@@ -5,6 +5,7 @@
 #include "OrbanTestSupport.h"
 #include "kelo/Exceptions.h"
 #include "kelo/handlers/http/orban/PostOrbanPreset.h"
+#include "support/DeferredHandlerTest.h"
 #include "support/FakePluginInfo.h"
 #include "support/Requests.h"
 #include "tavelabi/Exceptions.h"
@@ -19,20 +20,20 @@ using tavelabi::Resource;
 class PostOrbanPresetTest : public ::testing::Test {
  protected:
   PostOrbanPresetTest() {
-    startBackgroundQueue();
+    startedBackgroundQueue();
     host.answer("/orban/preset/save", Resource());
   }
 
   void post(const std::string& body) {
     web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
     handler.postOrbanPreset(makeRequest(web::Post, "/1/api/orban/preset", "", body), resp, &host,
-                            &info, "s1", answer.callback());
+                            &info, "s1", answers.callback());
   }
 
-  ScriptedHost host;
+  ScriptedReadsHost host;
   FakePluginInfo info;
   PostOrbanPreset handler{shortWaits()};
-  DeferredAnswer answer;
+  Answers answers;
 };
 
 TEST_F(PostOrbanPresetTest, ThePresetIsSavedAndAnsweredOnceTheHostListsItsName) {
@@ -40,7 +41,7 @@ TEST_F(PostOrbanPresetTest, ThePresetIsSavedAndAnsweredOnceTheHostListsItsName) 
     return read < 4 ? presetList({"Balanced"}) : presetList({"Balanced", "Drive"});
   });
   post(R"({"name":"Drive","isMultiband":true,"isLowLatency":false})");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), web::k200OK);
   EXPECT_EQ(resp->contentType(), web::CT_APPLICATION_JSON);
@@ -64,7 +65,7 @@ TEST_F(PostOrbanPresetTest, OnlyTheExactNameCountsAndTheWaitEndsAfter21WaitsWith
     return presetList({"drive", "Drive 2", "Drive "});
   });
   post(R"({"name":"Drive"})");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), 500);
   EXPECT_EQ(resp->contentType(), web::CT_TEXT_PLAIN);
@@ -77,15 +78,15 @@ TEST_F(PostOrbanPresetTest, OnlyTheExactNameCountsAndTheWaitEndsAfter21WaitsWith
 TEST_F(PostOrbanPresetTest, ANameAlreadyListedIsAnsweredAtTheFirstRead) {
   host.scriptReads("/orban/presetList", [](int) { return presetList({"Drive"}); });
   post(R"({"name":"Drive"})");
-  ASSERT_NE(answer.wait(), nullptr);
-  EXPECT_EQ(answer.wait()->statusCode(), web::k200OK);
+  ASSERT_NE(answers.waitFor(), nullptr);
+  EXPECT_EQ(answers.waitFor()->statusCode(), web::k200OK);
   EXPECT_EQ(host.readsOf("/orban/presetList"), 2);
 }
 
 TEST_F(PostOrbanPresetTest, AnEmptyBodyIsMissingFormDataBeforeAnyHostCall) {
   EXPECT_THROW(post(""), RequestMissingFormData);
   EXPECT_TRUE(host.actions().empty());
-  EXPECT_EQ(answer.calls(), 0);
+  EXPECT_EQ(answers.count(), 0u);
 }
 
 TEST_F(PostOrbanPresetTest, ABodyThatIsNotJsonIsInvalidJsonBeforeAnyHostCall) {
@@ -104,7 +105,7 @@ TEST_F(PostOrbanPresetTest, ARefusedSaveFailsBeforeAnythingIsQueued) {
   host.fail("/orban/preset/save",
             [] { throw tavelabi::AuthorizationFailure("User viewer may not Command"); });
   EXPECT_THROW(post(R"({"name":"Drive"})"), tavelabi::AuthorizationFailure);
-  EXPECT_EQ(answer.wait(50ms), nullptr);
+  EXPECT_EQ(answers.waitFor(1, 50ms), nullptr);
 }
 
 TEST_F(PostOrbanPresetTest, AHostFailureInTheMiddleOfTheWaitIs500WithItsText) {
@@ -113,7 +114,7 @@ TEST_F(PostOrbanPresetTest, AHostFailureInTheMiddleOfTheWaitIs500WithItsText) {
     return presetList({});
   });
   post(R"({"name":"Drive"})");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), 500);
   EXPECT_NE(resp->body().find("No resource at list"), std::string::npos) << resp->body();

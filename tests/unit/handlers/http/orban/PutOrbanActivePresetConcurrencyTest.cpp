@@ -7,6 +7,7 @@
 
 #include "OrbanTestSupport.h"
 #include "kelo/handlers/http/orban/PutOrbanActivePreset.h"
+#include "support/DeferredHandlerTest.h"
 #include "support/FakePluginInfo.h"
 #include "support/Requests.h"
 
@@ -21,8 +22,8 @@ using tavelabi::ResourceValue;
 // answered once, with its own body. They are not kept apart: both Updates reach the host, in
 // whatever order the threads give, and the host's last one decides what the processor takes.
 TEST(PutOrbanActivePresetConcurrencyTest, TwoActivationsAtOnceWaitSideBySideAndEachIsAnswered) {
-  startBackgroundQueue(2);
-  ScriptedHost host;
+  startedBackgroundQueue(2);
+  ScriptedReadsHost host;
   FakePluginInfo info;
   host.answer(CCRUD::Update, "/orban/activePreset/name", Resource());
   // Either name is found in the reported one, so each task reaches its second stage at once.
@@ -42,23 +43,23 @@ TEST(PutOrbanActivePresetConcurrencyTest, TwoActivationsAtOnceWaitSideBySideAndE
     return Resource(ResourceValue(readers.size() == 2));
   });
   PutOrbanActivePreset handler({std::chrono::milliseconds(20), std::chrono::milliseconds(5)});
-  DeferredAnswer first;
-  DeferredAnswer second;
-  const auto put = [&](const std::string& body, DeferredAnswer& answer) {
+  Answers first;
+  Answers second;
+  const auto put = [&](const std::string& body, Answers& answers) {
     web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
     handler.putOrbanActivePreset(makeRequest(web::Put, "/1/api/orban/active", "", body), resp,
-                                 &host, &info, "s1", answer.callback());
+                                 &host, &info, "s1", answers.callback());
   };
   std::thread one([&] { put(R"({"name":"Night"})", first); });
   std::thread two([&] { put(R"({"name":"Drive"})", second); });
   one.join();
   two.join();
-  ASSERT_NE(first.wait(), nullptr);
-  ASSERT_NE(second.wait(), nullptr);
-  EXPECT_EQ(first.wait()->body(), R"({"name":"Night"})");
-  EXPECT_EQ(second.wait()->body(), R"({"name":"Drive"})");
-  EXPECT_EQ(first.calls(), 1);
-  EXPECT_EQ(second.calls(), 1);
+  ASSERT_NE(first.waitFor(), nullptr);
+  ASSERT_NE(second.waitFor(), nullptr);
+  EXPECT_EQ(first.waitFor()->body(), R"({"name":"Night"})");
+  EXPECT_EQ(second.waitFor()->body(), R"({"name":"Drive"})");
+  EXPECT_EQ(first.count(), 1u);
+  EXPECT_EQ(second.count(), 1u);
   {
     std::lock_guard lock(mutex);
     EXPECT_EQ(readers.size(), 2u);

@@ -9,6 +9,7 @@
 #include "kelo/Exceptions.h"
 #include "kelo/controllers/RouteTable.h"
 #include "kelo/handlers/http/orban/PutOrbanActivePreset.h"
+#include "support/DeferredHandlerTest.h"
 #include "support/FakePluginInfo.h"
 #include "support/HandlerTest.h"
 #include "support/Requests.h"
@@ -31,7 +32,7 @@ Resource named(const std::string& name, const std::string& asked) {
 class PutOrbanActivePresetTest : public ::testing::Test {
  protected:
   PutOrbanActivePresetTest() {
-    startBackgroundQueue();
+    startedBackgroundQueue();
     host.answer(CCRUD::Update, "/orban/activePreset/name", Resource());
   }
 
@@ -39,13 +40,13 @@ class PutOrbanActivePresetTest : public ::testing::Test {
   void put(const std::string& body) {
     web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
     handler.putOrbanActivePreset(makeRequest(web::Put, "/1/api/orban/active", "", body), resp,
-                                 &host, &info, "s1", answer.callback());
+                                 &host, &info, "s1", answers.callback());
   }
 
-  ScriptedHost host;
+  ScriptedReadsHost host;
   FakePluginInfo info;
   PutOrbanActivePreset handler{shortWaits()};
-  DeferredAnswer answer;
+  Answers answers;
 };
 
 TEST_F(PutOrbanActivePresetTest, TheRequestsOwnBodyIsAnsweredOnceTheProcessorHasTakenThePreset) {
@@ -57,7 +58,7 @@ TEST_F(PutOrbanActivePresetTest, TheRequestsOwnBodyIsAnsweredOnceTheProcessorHas
   const std::string body = "{ \"name\" : \"Night\" }";
   const auto start = std::chrono::steady_clock::now();
   put(body);
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), web::k200OK);
   EXPECT_EQ(resp->contentType(), web::CT_APPLICATION_JSON);
@@ -70,7 +71,7 @@ TEST_F(PutOrbanActivePresetTest, TheRequestsOwnBodyIsAnsweredOnceTheProcessorHas
   EXPECT_EQ(update.action, CCRUD::Update);
   ASSERT_EQ(update.resource.values.size(), 1u);
   EXPECT_EQ(update.resource.values.at("set_value").getStringValue(), "Night");
-  EXPECT_EQ(answer.calls(), 1);
+  EXPECT_EQ(answers.count(), 1u);
 }
 
 TEST_F(PutOrbanActivePresetTest, TheAskedForNameIsSearchedInTheReportedNameNotCompared) {
@@ -79,8 +80,8 @@ TEST_F(PutOrbanActivePresetTest, TheAskedForNameIsSearchedInTheReportedNameNotCo
   host.scriptReads("/orban/activePreset/updated",
                    [](int) { return Resource(ResourceValue(true)); });
   put(R"({"name":"Night"})");
-  ASSERT_NE(answer.wait(), nullptr);
-  EXPECT_EQ(answer.wait()->statusCode(), web::k200OK);
+  ASSERT_NE(answers.waitFor(), nullptr);
+  EXPECT_EQ(answers.waitFor()->statusCode(), web::k200OK);
   EXPECT_EQ(host.readsOf("/orban/activePreset/name"), 1);
 }
 
@@ -89,7 +90,7 @@ TEST_F(PutOrbanActivePresetTest, AFlagThatStaysFalseIsAnswered200AfterTwentyWait
   host.scriptReads("/orban/activePreset/updated",
                    [](int) { return Resource(ResourceValue(false)); });
   put(R"({"name":"Night"})");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), web::k200OK);
   EXPECT_EQ(resp->body(), R"({"name":"Night"})");
@@ -104,7 +105,7 @@ TEST_F(PutOrbanActivePresetTest, TheFirstStageWaitsWithoutLimitForTheName) {
   host.scriptReads("/orban/activePreset/updated",
                    [](int) { return Resource(ResourceValue(true)); });
   put(R"({"name":"Night"})");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), web::k200OK);
   EXPECT_EQ(host.readsOf("/orban/activePreset/name"), 60);
@@ -120,10 +121,10 @@ TEST_F(PutOrbanActivePresetTest, TheHandlerReturnsBeforeTheWaitEnds) {
   put(R"({"name":"Night"})");
   // The calling thread (an I/O thread in the server) is free while the task reads on.
   while (host.readsOf("/orban/activePreset/name") < 3) std::this_thread::sleep_for(1ms);
-  EXPECT_EQ(answer.calls(), 0);
+  EXPECT_EQ(answers.count(), 0u);
   taken = true;
-  ASSERT_NE(answer.wait(), nullptr);
-  EXPECT_EQ(answer.calls(), 1);
+  ASSERT_NE(answers.waitFor(), nullptr);
+  EXPECT_EQ(answers.count(), 1u);
 }
 
 TEST_F(PutOrbanActivePresetTest, ABodyWithoutANameAsksForTheEmptyName) {
@@ -131,7 +132,7 @@ TEST_F(PutOrbanActivePresetTest, ABodyWithoutANameAsksForTheEmptyName) {
   host.scriptReads("/orban/activePreset/updated",
                    [](int) { return Resource(ResourceValue(true)); });
   put("{}");
-  ASSERT_NE(answer.wait(), nullptr);
+  ASSERT_NE(answers.waitFor(), nullptr);
   EXPECT_EQ(host.actionsOn("/orban/activePreset/name")
                 .at(0)
                 .resource.values.at("set_value")
@@ -147,7 +148,7 @@ TEST_F(PutOrbanActivePresetTest, AnEmptyBodyIsMissingFormDataBeforeAnyHostCall) 
     EXPECT_STREQ(error.what(), "Request missing form data: orban preset name.");
   }
   EXPECT_TRUE(host.actions().empty());
-  EXPECT_EQ(answer.calls(), 0);
+  EXPECT_EQ(answers.count(), 0u);
 }
 
 TEST_F(PutOrbanActivePresetTest, ThroughTheFrameAnEmptyBodyIs500WithTheText) {
@@ -155,8 +156,8 @@ TEST_F(PutOrbanActivePresetTest, ThroughTheFrameAnEmptyBodyIs500WithTheText) {
   auto wrapper = RouteTable<PutOrbanActivePreset>::deferredWrapperOf(
       std::make_shared<PutOrbanActivePreset>(shortWaits()),
       &PutOrbanActivePreset::putOrbanActivePreset);
-  wrapper(makeRequest(web::Put, "/1/api/orban/active", "", ""), answer.callback());
-  const web::HttpResponsePtr resp = answer.wait(0ms);
+  wrapper(makeRequest(web::Put, "/1/api/orban/active", "", ""), answers.callback());
+  const web::HttpResponsePtr resp = answers.waitFor(1, 0ms);
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), 500);
   EXPECT_EQ(resp->contentType(), web::CT_TEXT_PLAIN);
@@ -178,16 +179,16 @@ TEST_F(PutOrbanActivePresetTest, ABodyThatIsNotJsonIsAParserFailureWithTheReader
 
 TEST_F(PutOrbanActivePresetTest, ARefusedUpdateFailsBeforeAnythingIsQueued) {
   // A host of its own: the fixture's host accepts every Update of the path.
-  ScriptedHost refusing;
+  ScriptedReadsHost refusing;
   refusing.fail("/orban/activePreset/name",
                 [] { throw tavelabi::AuthorizationFailure("User viewer may not Update"); });
   web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
   EXPECT_THROW(handler.putOrbanActivePreset(
                    makeRequest(web::Put, "/1/api/orban/active", "", R"({"name":"Night"})"), resp,
-                   &refusing, &info, "s1", answer.callback()),
+                   &refusing, &info, "s1", answers.callback()),
                tavelabi::AuthorizationFailure);
   EXPECT_EQ(refusing.actions().size(), 1u);
-  EXPECT_EQ(answer.wait(50ms), nullptr);
+  EXPECT_EQ(answers.waitFor(1, 50ms), nullptr);
 }
 
 TEST_F(PutOrbanActivePresetTest, ASessionThatEndsInTheMiddleOfTheWaitIs440AndClosed) {
@@ -196,12 +197,12 @@ TEST_F(PutOrbanActivePresetTest, ASessionThatEndsInTheMiddleOfTheWaitIs440AndClo
     return named("Balanced", "Night");
   });
   put(R"({"name":"Night"})");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), 440);
   EXPECT_TRUE(resp->ifCloseConnection());
   EXPECT_EQ(host.readsOf("/orban/activePreset/name"), 4);
-  EXPECT_EQ(answer.calls(), 1);
+  EXPECT_EQ(answers.count(), 1u);
 }
 
 TEST_F(PutOrbanActivePresetTest, AHostFailureInTheSecondStageIs500WithItsText) {
@@ -211,7 +212,7 @@ TEST_F(PutOrbanActivePresetTest, AHostFailureInTheSecondStageIs500WithItsText) {
     return Resource(ResourceValue(false));
   });
   put(R"({"name":"Night"})");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), 500);
   EXPECT_EQ(resp->contentType(), web::CT_TEXT_PLAIN);
@@ -223,7 +224,7 @@ TEST_F(PutOrbanActivePresetTest, AnActivePresetWithoutTheAskedForNameIs500WithMa
   host.scriptReads("/orban/activePreset/name",
                    [](int) { return presetResource("Balanced", true); });
   put(R"({"name":"Night"})");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), 500);
   EXPECT_NE(resp->body().find("map::at"), std::string::npos) << resp->body();

@@ -5,6 +5,7 @@
 #include "OrbanTestSupport.h"
 #include "kelo/Exceptions.h"
 #include "kelo/handlers/http/orban/PutOrbanPresetControl.h"
+#include "support/DeferredHandlerTest.h"
 #include "support/FakePluginInfo.h"
 #include "support/Requests.h"
 #include "tavelabi/Exceptions.h"
@@ -26,28 +27,28 @@ Resource control(const ResourceValue& value, const ResourceValue& setValue) {
 class PutOrbanPresetControlTest : public ::testing::Test {
  protected:
   PutOrbanPresetControlTest() {
-    startBackgroundQueue();
+    startedBackgroundQueue();
     host.answer(CCRUD::Update, kBass, Resource());
   }
 
   void put(const std::string& body) {
     web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
     handler.putOrbanPresetControl(makeRequest(web::Put, "/1/api/orban/control", "", body), resp,
-                                  &host, &info, "s1", answer.callback());
+                                  &host, &info, "s1", answers.callback());
   }
 
   static constexpr const char* kBass = "/orban/activePreset/controls/Bass";
-  ScriptedHost host;
+  ScriptedReadsHost host;
   FakePluginInfo info;
   PutOrbanPresetControl handler{shortWaits()};
-  DeferredAnswer answer;
+  Answers answers;
 };
 
 TEST_F(PutOrbanPresetControlTest, TheControlIsSetAndAnsweredOnceItsValueFollows) {
   host.scriptReads(
       kBass, [](int read) { return control(ResourceValue(read < 3 ? 0 : 4), ResourceValue(4)); });
   put(R"({"label":"Bass","value":4})");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), web::k200OK);
   EXPECT_TRUE(resp->body().empty());
@@ -63,7 +64,7 @@ TEST_F(PutOrbanPresetControlTest, TheControlIsSetAndAnsweredOnceItsValueFollows)
 TEST_F(PutOrbanPresetControlTest, AControlThatNeverFollowsEndsAfter21WaitsWith500) {
   host.scriptReads(kBass, [](int) { return control(ResourceValue(10), ResourceValue(12)); });
   put(R"({"label":"Bass","value":12})");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), 500);
   EXPECT_EQ(resp->contentType(), web::CT_TEXT_PLAIN);
@@ -74,7 +75,7 @@ TEST_F(PutOrbanPresetControlTest, AControlThatNeverFollowsEndsAfter21WaitsWith50
 TEST_F(PutOrbanPresetControlTest, AValueThatIsNoIntegerIs500WithTheTypeFailure) {
   host.scriptReads(kBass, [](int) { return control(ResourceValue(2.5), ResourceValue(4)); });
   put(R"({"label":"Bass","value":4})");
-  const web::HttpResponsePtr resp = answer.wait();
+  const web::HttpResponsePtr resp = answers.waitFor();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), 500);
   EXPECT_NE(resp->body(), "Communication failure, please try again.");
@@ -87,7 +88,7 @@ TEST_F(PutOrbanPresetControlTest, AnUnknownLabelFailsAtTheUpdateBeforeAnythingIs
         "No resource at /orban/activePreset/controls/Nothing");
   });
   EXPECT_THROW(put(R"({"label":"Nothing","value":1})"), tavelabi::NonExistentResourcePathException);
-  EXPECT_EQ(answer.wait(std::chrono::milliseconds(50)), nullptr);
+  EXPECT_EQ(answers.waitFor(1, std::chrono::milliseconds(50)), nullptr);
 }
 
 TEST_F(PutOrbanPresetControlTest, ABodyThatIsNotJsonIsInvalidJsonBeforeAnyHostCall) {
@@ -99,7 +100,7 @@ TEST_F(PutOrbanPresetControlTest, ABodyThatIsNotJsonIsInvalidJsonBeforeAnyHostCa
 TEST_F(PutOrbanPresetControlTest, AnAbsentValueIsWrittenAsZero) {
   host.scriptReads(kBass, [](int) { return control(ResourceValue(0), ResourceValue(0)); });
   put(R"({"label":"Bass"})");
-  ASSERT_NE(answer.wait(), nullptr);
+  ASSERT_NE(answers.waitFor(), nullptr);
   EXPECT_EQ(host.actionsOn(kBass).at(0).resource.values.at("set_value").getIntValue(), 0);
 }
 

@@ -23,7 +23,7 @@ class PutOrbanPresetTest : public ::testing::Test {
     return resp;
   }
 
-  ScriptedHost host;
+  ScriptedReadsHost host;
   FakePluginInfo info;
   PutOrbanPreset handler;
 };

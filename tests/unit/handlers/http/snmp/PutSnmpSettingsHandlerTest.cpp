@@ -1,15 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "kelo/BackgroundTaskQueue.h"
 #include "kelo/handlers/http/snmp/PutSnmpSettingsHandler.h"
-#include "kelo/web/HttpAppFramework.h"
+#include "support/DeferredHandlerTest.h"
 #include "support/HandlerTest.h"
 #include "tavelabi/Exceptions.h"
 
@@ -22,24 +19,6 @@ using tavelabi::ResourceValue;
 using Texts = std::vector<std::string>;
 using namespace std::chrono_literals;
 
-// The application's background queue, started once for this test program.
-BackgroundTaskQueue& startedQueue() {
-  static BackgroundTaskQueue* queue = [] {
-    web::app().registerPluginType<BackgroundTaskQueue>("BackgroundTaskQueue");
-    Json::Value root;
-    root["plugins"][0]["name"] = "BackgroundTaskQueue";
-    root["plugins"][0]["config"] = Json::objectValue;
-    web::app().loadConfigJson(root);
-    auto* plugin = web::app().getPlugin<BackgroundTaskQueue>();
-    Json::Value config;
-    config["threads_num"] = 1;
-    config["name"] = "snmpTest";
-    plugin->initAndStart(config);
-    return plugin;
-  }();
-  return *queue;
-}
-
 Resource followed(const ResourceValue& value, const ResourceValue& setValue) {
   Resource resource(value);
   resource.values["set_value"] = setValue;
@@ -49,7 +28,8 @@ Resource followed(const ResourceValue& value, const ResourceValue& setValue) {
 class PutSnmpSettingsHandlerTest : public test::HandlerTest<PutSnmpSettingsHandler> {
  protected:
   PutSnmpSettingsHandlerTest() {
-    startedQueue();
+    // One thread: each confirmation loop runs alone.
+    test::startedBackgroundQueue(1);
     answerAll(ResourceValue(161), ResourceValue(161));
   }
 
@@ -67,29 +47,16 @@ class PutSnmpSettingsHandlerTest : public test::HandlerTest<PutSnmpSettingsHandl
   void put(const std::string& body) {
     web::HttpResponsePtr resp = web::HttpResponse::newHttpResponse();
     handler.putSnmpSettings(test::makeRequest(web::Put, "/1/api/snmp_settings", "", body), resp,
-                            &host, &info, "s1", [this](const web::HttpResponsePtr& answer) {
-                              std::lock_guard lock(mutex);
-                              answered = answer;
-                              answeredAt = std::chrono::steady_clock::now();
-                              done.notify_all();
-                            });
+                            &host, &info, "s1", answers.callback());
   }
 
-  web::HttpResponsePtr waitForAnswer() {
-    std::unique_lock lock(mutex);
-    done.wait_for(lock, 10s, [this] { return answered != nullptr; });
-    return answered;
-  }
+  web::HttpResponsePtr waitForAnswer() { return answers.waitFor(); }
 
-  bool answeredYet() {
-    std::lock_guard lock(mutex);
-    return answered != nullptr;
-  }
+  bool answeredYet() { return answers.count() > 0; }
 
-  std::mutex mutex;
-  std::condition_variable done;
-  web::HttpResponsePtr answered;
-  std::chrono::steady_clock::time_point answeredAt;
+  std::chrono::steady_clock::time_point answeredAt() { return answers.timeOf(0); }
+
+  test::Answers answers;
 };
 
 constexpr const char* kBody =
@@ -102,7 +69,7 @@ TEST_F(PutSnmpSettingsHandlerTest, AWriteThatChangesNothingIsAnsweredAfterOnePas
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), web::k200OK);
   EXPECT_TRUE(resp->body().empty());
-  EXPECT_LT(answeredAt - start, 900ms);
+  EXPECT_LT(answeredAt() - start, 900ms);
   // Five writes, then one read of each of the five.
   EXPECT_EQ(host.actions().size(), 15u);
 }
@@ -118,7 +85,7 @@ TEST_F(PutSnmpSettingsHandlerTest, TheAnswerWaitsUntilTheHostConfirms) {
   const web::HttpResponsePtr resp = waitForAnswer();
   ASSERT_NE(resp, nullptr);
   EXPECT_EQ(resp->statusCode(), web::k200OK);
-  EXPECT_LT(answeredAt - confirmed, 1500ms);
+  EXPECT_LT(answeredAt() - confirmed, 1500ms);
   const auto update = host.actionsOn("/snmp/agentPort").at(1);
   EXPECT_EQ(update.resource.values.at("set_value").getIntValue(), 1161);
 }
