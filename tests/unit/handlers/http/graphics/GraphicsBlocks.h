@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,14 @@ inline void put32(Bytes& block, std::uint32_t value) {
   for (unsigned shift = 0; shift < 32; shift += 8) {
     block.push_back(static_cast<std::uint8_t>((value >> shift) & 0xFFU));
   }
+}
+
+// `size` random bytes.
+inline Bytes randomBlock(std::mt19937& random, std::size_t size) {
+  std::uniform_int_distribution<int> byte(0, 255);
+  Bytes block(size);
+  for (std::uint8_t& b : block) b = static_cast<std::uint8_t>(byte(random));
+  return block;
 }
 
 inline Bytes words16(std::initializer_list<std::uint16_t> words) {

@@ -29,13 +29,6 @@ std::vector<Variant> runnableVariants() {
   return runnable;
 }
 
-Bytes randomBlock(std::mt19937& random, std::size_t size) {
-  std::uniform_int_distribution<int> byte(0, 255);
-  Bytes block(size);
-  for (std::uint8_t& b : block) b = static_cast<std::uint8_t>(byte(random));
-  return block;
-}
-
 // Every 16-bit word once.
 Bytes everySixteenBitWord() {
   Bytes block;

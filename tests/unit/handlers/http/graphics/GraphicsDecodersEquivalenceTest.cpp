@@ -55,13 +55,6 @@ Outcome outcomeOfShared(const std::function<std::shared_ptr<Message>()>& decode)
   return outcome;
 }
 
-Bytes randomBlock(std::mt19937& random, std::size_t size) {
-  std::uniform_int_distribution<int> byte(0, 255);
-  Bytes block(size);
-  for (std::uint8_t& b : block) b = static_cast<std::uint8_t>(byte(random));
-  return block;
-}
-
 // Blocks of every length from 0 to 80 bytes (whole entries and cut-off ones), then longer ones,
 // each with random bytes, and blocks of the extreme words: all zero bits, all one bits, only the
 // sign bits of each 16- and 32-bit word set.
